@@ -1,0 +1,17 @@
+#pragma once
+
+#include "KyDICOMObjectInfo.h"
+
+#include <QVariant>
+
+/// Something that has DICOM elements: a study, an image.
+class KyDICOMObjectInterface
+{
+public:
+    virtual ~KyDICOMObjectInterface();
+
+    /// The value of the element \a inKey, or \a inDefault when the object lacks it. Oddities of the value are
+    /// added to \a outWarnings, if not null. Types are those of Ovg::DicomHeader::value().
+    virtual QVariant tag(const KyDICOMObjectInfo::TagKey& inKey, KyDICOMObjectInfo::Warnings* outWarnings,
+                         const QVariant& inDefault) const = 0;
+};
