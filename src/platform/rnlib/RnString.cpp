@@ -1,0 +1,7 @@
+#include "RnString.h"
+
+RnString& RnString::operator+=(const RnString& inOther)
+{
+    mText += inOther.mText;
+    return *this;
+}
