@@ -1,0 +1,321 @@
+#include "KyScriptEngine.h"
+
+#include "KyScriptConstructible.h"
+#include "KyScriptExternalMetaObject.h"
+#include "KyScriptExternalObject.h"
+#include "KyScriptGlobalLink.h"
+#include "KyScriptInterface.h"
+#include "KyScriptLog.h"
+#include "KyScriptMessage.h"
+#include "KyScriptNestedEvaluation.h"
+#include "KyScriptProgram.h"
+#include "KyScriptRunLog.h"
+#include "KyScriptStudy.h"
+
+#include <kybase/KyTool.h>
+#include <ovbase/OvDateFormatter.h>
+#include <rnlib/RnContract.h>
+
+#include <QtCore/QDateTime>
+#include <QtCore/QThread>
+#include <QtCore/QTimeZone>
+#include <QtWidgets/QTextEdit>
+
+KyScriptEngine::KyScriptEngine(QObject* inParent, int inOptions)
+    : QJSEngine(inParent)
+    , mOptions(inOptions)
+    , mGlobalObject(globalObject())
+{
+    setObjectName(QStringLiteral("Scripting"));
+    new GlobalScope(this);
+    installGlobals();
+}
+
+KyScriptEngine::~KyScriptEngine()
+{
+    cleanup();
+}
+
+KyScriptEngine* KyScriptEngine::of(const QObject* inObject)
+{
+    return qobject_cast<KyScriptEngine*>(qjsEngine(inObject));
+}
+
+/// The global is owned by this side: a script's destroy() and the garbage collector leave it alone.
+template <class T>
+T* KyScriptEngine::addInstance(const char* inName)
+{
+    auto* object = new T(this);
+    setObjectOwnership(object, CppOwnership);
+    mGlobalObject.setProperty(QString::fromLatin1(inName), newQObject(object));
+    return object;
+}
+
+/// The one place that says what an engine holds. The order of the lines is the order of construction.
+void KyScriptEngine::installGlobals()
+{
+    if (mOptions & ScriptStudyList)
+        mStudyList = addInstance<KyScriptStudyList>("StudyList");
+    if (mOptions & ScriptMessage)
+        mMessage = addInstance<KyScriptMessage>("Message");
+
+    if (mOptions & ScriptGlobal)
+        mGlobalObject.setProperty(QStringLiteral("Global"), newObject());
+}
+
+/// External objects are the one thing of which an empty mask means all.
+bool KyScriptEngine::wants(int inExternalOption) const
+{
+    return mOptions == 0 || (mOptions & inExternalOption);
+}
+
+QJSValue KyScriptEngine::runScript(const KyScriptProgram& inScript, bool inPushContext, bool inNoFunction,
+                                   bool inCleanup)
+{
+    const bool wrapToFunction = inPushContext && !inNoFunction;
+    KyScriptProgram script = inScript;
+    if (wrapToFunction)
+        script.setIsolatedContext(true);
+
+    if (!mGlobalLink)
+        mGlobalLink = std::make_unique<KyScriptGlobalLink>(*this);
+    mGlobalLink->load(mGlobalObject);
+    dbc_holds(wrapToFunction == script.isolatedContext());
+
+    const QJSValue result = evaluate(script, inPushContext);
+    mGlobalLink->save(mGlobalObject);
+    logException(KyScriptLog::Context, result, inScript.infoString());
+    if (inCleanup)
+        clearAfterRun();
+    return result;
+}
+
+void KyScriptEngine::clearAfterRun()
+{
+    if (mStudyList)
+        mStudyList->clear();
+    for (const int kind : {ScriptExternalKindA, ScriptExternalKindB}) {
+        if (wants(kind))
+            KyScriptExternalObject::clearObjects(*this, kind);
+    }
+}
+
+QJSValue KyScriptEngine::evaluate(const KyScriptProgram& inScript, bool)
+{
+    addExternals();
+    const KyScriptRunLog log(inScript.sourceCode(), inScript.infoString(), inScript.mFileName,
+                             inScript.mLineNumber);
+
+    KyTool::setTriggeredByScript(true);
+    const QJSValue result =
+        evaluateGuarded(inScript.wrappedSourceCode(), inScript.mFileName, std::max(inScript.mLineNumber, 1));
+    // Not restored to what it was: the end of a nested run ends the mark for the outer one too.
+    KyTool::setTriggeredByScript(false);
+
+    log.finish();
+    return result;
+}
+
+void KyScriptEngine::addExternals()
+{
+    for (const int kind : {ScriptExternalKindA, ScriptExternalKindB}) {
+        if (wants(kind))
+            KyScriptExternalObject::addToEngine(*this, kind);
+    }
+    if (!wants(ScriptExternalMetaObjects))
+        return;
+    for (const auto& external : KyScriptExternalMetaObject::externalMetaObjects()) {
+        if (external && mGlobalObject.property(external->objectName()).isUndefined())
+            mGlobalObject.setProperty(external->objectName(), newQMetaObject(external->mMetaObject));
+    }
+}
+
+/// Qt returns an error that host code has left pending in place of running the text. Such an error is none of
+/// the new script's: at the outermost level it is logged and dropped, inside a run it waits for the outer one.
+QJSValue KyScriptEngine::evaluateGuarded(const QString& inText, const QString& inFileName, int inLine)
+{
+    QJSValue pending;
+    if (hasError())
+        pending = catchError();
+
+    const bool nested = mDepth > 0 || QThread::currentThread()->loopLevel() > 1;
+    ++mDepth;
+    QJSValue result;
+    if (nested) {
+        if (mTrampoline.isUndefined())
+            mTrampoline = KyScriptNestedEvaluation::makeTrampoline(*this);
+        result = KyScriptNestedEvaluation(*this, inText, inFileName, inLine).evaluate(mTrampoline);
+    } else {
+        result = QJSEngine::evaluate(inText, inFileName, inLine);
+    }
+    --mDepth;
+
+    if (pending.isUndefined())
+        return result;
+    if (mDepth > 0)
+        throwError(pending);
+    else
+        logException(KyScriptLog::Context, pending, QStringLiteral("host code before the run"));
+    return result;
+}
+
+bool KyScriptEngine::scriptIsValid(const KyScriptProgram&, QString&)
+{
+    return true;
+}
+
+QString KyScriptEngine::errorMessage(const QJSValue& inValue, const QString& inInfo, QString* outMessage) const
+{
+    if (!inValue.isError())
+        return QString();
+
+    const int line = inValue.property(QStringLiteral("lineNumber")).toInt();
+    const QString message = inValue.property(QStringLiteral("message")).toString();
+    const QString stack = inValue.property(QStringLiteral("stack")).toString();
+    if (outMessage)
+        *outMessage = message;
+
+    const QString head = inInfo.isEmpty() ? QStringLiteral("Uncaught JavaScript Exception")
+                                          : QStringLiteral("Uncaught exception in %1").arg(inInfo);
+    return head + QStringLiteral("\nException: %1\nLine: %2\nBacktrace:\n%3").arg(message).arg(line).arg(stack);
+}
+
+bool KyScriptEngine::logException(const char* inContext, const QJSValue& inValue, const QString& inInfo) const
+{
+    const QString text = errorMessage(inValue, inInfo, nullptr);
+    if (text.isEmpty())
+        return false;
+    getTheLogInstance().trace(3, inContext, text.toLatin1().constData());
+    return true;
+}
+
+void KyScriptEngine::redirectPrintOutput(QTextEdit* inTextEdit)
+{
+    auto* helper = new MyPrintHelper(this, inTextEdit);
+    setObjectOwnership(helper, CppOwnership);
+    mGlobalObject.setProperty(QStringLiteral("vprint"), newQObject(helper).property(QStringLiteral("vprint")));
+    mGlobalObject.setProperty(
+        QStringLiteral("print"),
+        QJSEngine::evaluate(
+            QStringLiteral("(function(){ return this.vprint(Array.prototype.slice.call(arguments) ); })"),
+            QString(), 1));
+}
+
+void KyScriptEngine::convertVariant(QVariant& ioValue)
+{
+    if (ioValue.typeId() == QMetaType::QDate) {
+        ioValue = QDateTime(ioValue.toDate(), QTime(), QTimeZone::systemTimeZone());
+        return;
+    }
+    if (ioValue.typeId() != QMetaType::QTime)
+        return;
+
+    const QString text = ioValue.toTime().toString(Qt::ISODateWithMs);
+    QJSValue object = newObject();
+    object.setProperty(
+        QStringLiteral("toString"),
+        QJSEngine::evaluate(QStringLiteral("(function(){ return \"%1\"; })").arg(text), QString(), 1));
+    ioValue = QVariant::fromValue(object);
+}
+
+void KyScriptEngine::registerForDestruction(QObject* inObject)
+{
+    if (inObject && !mObjectsToDestroy.contains(inObject))
+        mObjectsToDestroy.append(inObject);
+}
+
+QStringList KyScriptEngine::extAcc() const
+{
+    return mOrvane ? mOrvane->property("extAcc").toStringList() : QStringList();
+}
+
+void KyScriptEngine::setExtAcc(const QStringList& inExtAcc)
+{
+    if (mOrvane)
+        mOrvane->setProperty("extAcc", inExtAcc);
+}
+
+void KyScriptEngine::cleanup()
+{
+    collectGarbage();
+    // By index: what is deleted may register further objects.
+    for (qsizetype i = 0; i < mObjectsToDestroy.size(); ++i)
+        delete mObjectsToDestroy.at(i).data();
+    mObjectsToDestroy.clear();
+}
+
+GlobalScope::GlobalScope(QJSEngine* inEngine)
+    : QObject(inEngine)
+{
+    QJSEngine::setObjectOwnership(this, QJSEngine::CppOwnership);
+    const QJSValue wrapper = inEngine->newQObject(this);
+    QJSValue global = inEngine->globalObject();
+    for (const char* name : {"collectGarbage", "btoa", "guiDate", "guiTime"})
+        global.setProperty(QString::fromLatin1(name), wrapper.property(QString::fromLatin1(name)));
+}
+
+void GlobalScope::collectGarbage()
+{
+    if (auto* eng = qobject_cast<KyScriptEngine*>(parent()))
+        eng->collectGarbage();
+}
+
+QString GlobalScope::btoa(QString inText)
+{
+    return QString::fromLatin1(inText.toUtf8().toBase64());
+}
+
+QString GlobalScope::guiDate(QDate inDate)
+{
+    return OvDateFormatter::guiDate(inDate);
+}
+
+QString GlobalScope::guiTime(QJSValue inTime)
+{
+    if (inTime.isDate())
+        return OvDateFormatter::guiTime(inTime.toDateTime().time(), false, true);
+
+    const auto* eng = qobject_cast<KyScriptEngine*>(parent());
+    if (!dbc_holds(eng))
+        return QString();
+    // Not qjsvalue_cast, which makes an empty text of undefined instead of the word.
+    const QString text = inTime.toString();
+    if (text.isEmpty())
+        return QString();
+    return OvDateFormatter::guiTime(QTime::fromString(text, Qt::ISODateWithMs), false, true);
+}
+
+MyPrintHelper::MyPrintHelper(QObject* inParent, QTextEdit* inTextEdit)
+    : QObject(inParent)
+    , mTextEdit(inTextEdit)
+{
+}
+
+void MyPrintHelper::vprint(QJSValue argArray)
+{
+    if (!mTextEdit)
+        return;
+
+    QStringList texts;
+    const QJSValue length = argArray.property(QStringLiteral("length"));
+    if (length.isNumber()) {
+        for (quint32 i = 0, count = quint32(std::max(length.toInt(), 0)); i < count; ++i)
+            texts.append(argArray.property(i).toString());
+    }
+    mTextEdit->append(texts.join(QLatin1Char(' ')));
+}
+
+void MyPrintHelper::print(QVariant arg1, QVariant arg2, QVariant arg3)
+{
+    if (!mTextEdit)
+        return;
+
+    QString text;
+    if (!arg1.isNull())
+        text += arg1.toString();
+    for (const QVariant& further : {arg2, arg3}) {
+        if (!further.isNull())
+            text += QLatin1Char(' ') + further.toString();
+    }
+    mTextEdit->append(text);
+}

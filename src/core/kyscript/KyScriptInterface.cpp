@@ -1,0 +1,68 @@
+#include "KyScriptInterface.h"
+
+#include <QtCore/QCoreApplication>
+
+#include <algorithm>
+#include <map>
+#include <vector>
+
+namespace {
+
+/// A row without an engine belongs to one that is being constructed.
+std::map<QString, KyScriptInterface*>& instances()
+{
+    static std::map<QString, KyScriptInterface*> sInstances;
+    return sInstances;
+}
+
+void eraseRowOf(const KyScriptInterface* inEngine)
+{
+    auto& rows = instances();
+    const auto it =
+        std::find_if(rows.begin(), rows.end(), [&](const auto& row) { return row.second == inEngine; });
+    if (it != rows.end())
+        rows.erase(it);
+}
+
+} // namespace
+
+KyScriptInterface::KyScriptInterface(QObject* inParent)
+    : KyScriptEngine(inParent, ScriptAllOptions)
+{
+    eraseRowOf(this);
+}
+
+KyScriptInterface::~KyScriptInterface()
+{
+    eraseRowOf(this);
+}
+
+KyScriptInterface& KyScriptInterface::getInstance(const QString& inName)
+{
+    auto& rows = instances();
+    if (const auto it = rows.find(inName); it != rows.end() && it->second)
+        return *it->second;
+
+    rows[inName] = nullptr;
+    auto* engine = new KyScriptInterface(QCoreApplication::instance());
+    rows[inName] = engine;
+    return *engine;
+}
+
+bool KyScriptInterface::hasInstances()
+{
+    const auto& rows = instances();
+    return !rows.empty() && rows.begin()->second;
+}
+
+void KyScriptInterface::cleanupInstances()
+{
+    // Deleting what a script has left may end or begin an engine: walk a copy, look each up again.
+    std::vector<QPointer<KyScriptInterface>> engines;
+    for (const auto& [name, engine] : instances())
+        engines.emplace_back(engine);
+    for (const auto& engine : engines) {
+        if (engine)
+            engine->cleanup();
+    }
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QtCore/QObject>
+#include <QtCore/QStringList>
+
+/// The global `Message`: message boxes and log lines for scripts. Owned by the engine.
+class KyScriptMessage : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit KyScriptMessage(QObject* parent);
+
+    /// Shows a box with \a inMessage and an OK button, and returns when it is closed. The application goes on
+    /// meanwhile.
+    Q_INVOKABLE void show(QString inMessage);
+
+    /// Closes the innermost box of show(), of whatever engine; nothing without one.
+    Q_INVOKABLE void hide();
+
+    /// Asks the user to choose among \a inButtons, in their order, and gives the text of the chosen one;
+    /// empty when the box was closed without a choice. Enter chooses \a inDefaultButton, if it is one of
+    /// them; of equal texts the last.
+    Q_INVOKABLE QString question(QString inMessage, QStringList inButtons, QString inDefaultButton = QString());
+
+    /// A line in the server's session log; lost when no server peer is there. For this and the two below, an
+    /// empty \a inContext stands for "Script Interface".
+    Q_INVOKABLE void trace(QString inMessage, QString inContext = QString());
+    /// A line of level 2 in the log of the process.
+    Q_INVOKABLE void warn(QString inMessage, QString inContext = QString());
+    /// A line of level 3 in the log of the process.
+    Q_INVOKABLE void error(QString inMessage, QString inContext = QString());
+};

@@ -1,0 +1,12 @@
+#include "KyScriptRunLog.h"
+
+namespace {
+
+/// What the library registers when it is loaded, in this order. The registries of named engines and external
+/// objects make themselves on first use.
+const bool sRegistered = [] {
+    KyScriptRunLog::registerProperties();
+    return true;
+}();
+
+} // namespace
