@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+class QObject;
+
+/// Labels of property paths: what the user reads for "Scripting.LogNumLines" and for its group "Scripting".
+///
+/// Always there; labels stay to the end of the process. GUI thread, and while static objects are built.
+class OvTranslationProperty
+{
+public:
+    using LabelFunction = std::function<void(const QString& inPath)>;
+
+    /// Records \a inText (UTF-8) as the label of the path \a inKey (Latin-1); a later label replaces it. With
+    /// a \a inContext (Latin-1) the path is the context, "." and the key. Returns \a inKey, so that a
+    /// property can be labelled where it is named. A null key or text records nothing.
+    static const char* translate(const char* inKey, const char* inText, const char* inContext);
+
+    /// The label of \a inPath; empty when there is none.
+    static QString label(const QString& inPath);
+
+    /// Calls \a inFunction for each new or changed label, as long as \a inContext lives (a null one: for
+    /// ever).
+    static void observeLabels(const QObject* inContext, LabelFunction inFunction);
+};
