@@ -12,27 +12,39 @@ namespace {
 constexpr auto ScriptSide = R"((function() {
     var assign = Object.assign, keys = Object.keys, tag = Object.prototype.toString;
     var call = Function.prototype.call.bind(Function.prototype.call);
+    var ownNames = Object.getOwnPropertyNames, isEnumerable = Object.prototype.propertyIsEnumerable;
+    var failed = {};
+    function read(object, name) {
+        try { return object[name]; } catch (e) { return failed; }
+    }
+    // Qt's Object.keys calls getters, and throws what they throw.
+    function namesOf(object) {
+        try { return keys(object); } catch (e) {
+            return ownNames(object).filter(function(name) { return call(isEnumerable, object, name); });
+        }
+    }
+    function plain(value) { return typeof value === 'symbol' ? undefined : value; }
     return {
         copy: function(base) { return assign({}, base); },
         differ: function(object, base) {
-            var names = keys(object), out = [], n = 0;
+            var names = namesOf(object), out = [], n = 0;
             for (var i = 0, count = names.length; i < count; ++i) {
-                var name = names[i], value;
-                try { value = object[name]; } catch (e) { continue; }
-                if (value === base[name] && (value !== 0 || 1 / value === 1 / base[name]))
+                var name = names[i], value = read(object, name);
+                if (value === failed || value === base[name] && (value !== 0 || 1 / value === 1 / base[name]))
                     continue;
                 out[n++] = name;
-                out[n++] = typeof value === 'symbol' ? undefined : value;
+                out[n++] = plain(value);
             }
             return out;
         },
         entries: function(object) {
-            var names = keys(object), out = [], n = 0;
+            var names = namesOf(object), out = [], n = 0;
             for (var i = 0, count = names.length; i < count; ++i) {
-                var value;
-                try { value = object[names[i]]; } catch (e) { continue; }
+                var value = read(object, names[i]);
+                if (value === failed)
+                    continue;
                 out[n++] = names[i];
-                out[n++] = typeof value === 'symbol' ? undefined : value;
+                out[n++] = plain(value);
             }
             return out;
         },
