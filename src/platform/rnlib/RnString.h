@@ -32,9 +32,11 @@ public:
     bool isEmpty() const { return mText.empty(); }
     std::size_t length() const { return mText.size(); }
 
-    /// The bytes as a container has them, so that a byte view of other libraries can be made of the string.
+    /// The bytes as of a container, so that the string passes for the byte views of other libraries.
     const char* data() const { return mText.data(); }
     std::size_t size() const { return mText.size(); }
+    auto begin() const { return mText.begin(); }
+    auto end() const { return mText.end(); }
 
     RnString& operator+=(const RnString& inOther);
     friend RnString operator+(RnString inA, const RnString& inB) { return inA += inB; }
