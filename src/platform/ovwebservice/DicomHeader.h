@@ -28,9 +28,7 @@ public:
     /// An empty header. Its texts are UTF-8.
     DicomHeader();
     DicomHeader(const DicomHeader& inOther);
-    DicomHeader(DicomHeader&& inOther) noexcept;
     DicomHeader& operator=(const DicomHeader& inOther);
-    DicomHeader& operator=(DicomHeader&& inOther) noexcept;
     ~DicomHeader();
 
     /// Reads the file \a inPath up to its pixels, into \a outHeader when the outcome is Read or Directory.
@@ -56,7 +54,8 @@ public:
     /// | SQ | int, the number of items |
     /// | all others | QString, by the Specific Character Set of the data set or of the nearest item around |
     ///
-    /// More than one value gives a QVariantList of these. A value that its VR doesn't allow, such as a date
+    /// More than one value gives a QVariantList of these, but with a date as the QDateTime of its local
+    /// midnight and a time as text "hh:mm:ss.zzz". A value that its VR doesn't allow, such as a date
     /// "19991332", gives the text as it stands. Pixel data counts as absent.
     ///
     /// \a outProblems, if not null, gets one line for each value that could not be read by its VR and for a
@@ -65,7 +64,8 @@ public:
 
     /// Sets the element at \a inPath from text, values separated by backslashes, and makes the items on the
     /// way. The VR is the dictionary's. False, and nothing changed, for an invalid path, for a VR of bytes or
-    /// a sequence, and for a private element.
+    /// a sequence, for a private element, and for text that the header's character set lacks (it has all of
+    /// Unicode, unless the header is a file's).
     bool setText(const DicomTagPath& inPath, const QString& inText);
 
 private:

@@ -7,13 +7,16 @@
 
 namespace Ovg {
 
+/// A tag as the standard prints it: "(7FE0,0010)".
+QString dicomTagText(unsigned short inGroup, unsigned short inElement);
+
 /// Names one element of a DICOM data set: at its top level, or inside items of sequences. A value.
 ///
 /// The text form is a list of steps with dots between them; all but the last step name a sequence. A step is
 /// - the standard's keyword of the element, with case: `PatientName`. Retired elements have theirs too;
 /// - the tag as hexadecimal number, in either case: `(0010,0010)`;
 /// - for private elements the group, the creator in quotes and the last two digits of the element number:
-///   `(0029,"SIEMENS CSA HEADER",10)`. The creator finds the block, whichever it is in the file. A quote
+///   `(0029,"ACME CT 01",10)`. The creator finds the block, whichever it is in the file. A quote
 ///   inside the creator is written twice. A private tag in plain numbers names just that number.
 ///
 /// A sequence takes the number of the item behind it, from 0: `RequestAttributesSequence[1].PatientName`;
@@ -29,7 +32,7 @@ public:
     {
         unsigned short group = 0;
         unsigned short element = 0; ///< With a creator only the low byte counts, the high one is 0.
-        std::string creator;        ///< Empty but for the private form.
+        std::string creator = {};   ///< Empty but for the private form.
         int item = 0;               ///< Number of the item of a sequence, 0 in the last step.
 
         bool operator==(const Step&) const = default;

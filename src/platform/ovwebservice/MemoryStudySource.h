@@ -10,7 +10,7 @@ class MemoryStudySource final : public StudySource
 {
 public:
     /// Adds one instance.
-    void add(DicomHeader inHeader);
+    void add(const DicomHeader& inHeader);
 
     StudySourceResult load(const Progress& inProgress = {}) override;
 

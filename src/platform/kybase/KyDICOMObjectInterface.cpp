@@ -1,0 +1,3 @@
+#include "KyDICOMObjectInterface.h"
+
+KyDICOMObjectInterface::~KyDICOMObjectInterface() = default;

@@ -1,0 +1,7 @@
+#include "StudySource.h"
+
+namespace Ovg {
+
+StudySource::~StudySource() = default;
+
+} // namespace Ovg
