@@ -60,7 +60,8 @@ private:
 /// Counted handle to an object derived from RnHandable or RnHandableThreaded.
 ///
 /// A null handle is normal and tested with `if (handle)`. Dereferencing one is a contract report
-/// "isNotNull()"; what comes back then is a null pointer.
+/// "isNotNull()"; operator-> gives a null pointer then. operator* has no object to give and must not be used
+/// on a null handle.
 template <class T>
 class RnHandle
 {
