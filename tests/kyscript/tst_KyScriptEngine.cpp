@@ -1,6 +1,6 @@
-#include "ContractWatch.h"
-#include "KyTest.h"
-#include "KyTestPlatform.h"
+#include <support/ContractWatch.h>
+#include <support/KyTest.h>
+#include <support/KyTestPlatform.h>
 
 #include <kyscript/KyScriptConstructible.h>
 #include <kyscript/KyScriptEngine.h>

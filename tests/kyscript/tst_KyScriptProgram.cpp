@@ -1,4 +1,4 @@
-#include "KyTest.h"
+#include <support/KyTest.h>
 
 #include <kyscript/KyScriptEngine.h>
 #include <kyscript/KyScriptProgram.h>

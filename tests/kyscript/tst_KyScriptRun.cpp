@@ -1,7 +1,7 @@
-#include "ContractWatch.h"
-#include "KyTest.h"
-#include "KyTestPlatform.h"
-#include "LogCapture.h"
+#include <support/ContractWatch.h>
+#include <support/KyTest.h>
+#include <support/KyTestPlatform.h>
+#include <support/LogCapture.h>
 
 #include <kyscript/KyScriptEngine.h>
 #include <kyscript/KyScriptExternalObject.h>

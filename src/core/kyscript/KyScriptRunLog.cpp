@@ -15,9 +15,8 @@ constexpr int LogNumLinesDefault = 1;
 
 int logNumLines()
 {
-    static const std::string id(LogNumLinesId);
     const OvPropertyPool* pool = OvPropertyPool::instance();
-    return pool ? pool->value<int>(id, LogNumLinesDefault) : LogNumLinesDefault;
+    return pool ? pool->value<int>(LogNumLinesId, LogNumLinesDefault) : LogNumLinesDefault;
 }
 
 /// The texts that have run in this process, on whatever engine. Never emptied.

@@ -1,0 +1,167 @@
+// Building an engine, and calls between scripts and the host.
+
+#include "RatioReport.h"
+
+#include <kyscript/KyScriptAbstractEngine.h>
+#include <kyscript/KyScriptEngine.h>
+#include <kyscript/KyScriptExternalObject.h>
+#include <kyscript/KyScriptMessage.h>
+#include <kyscript/KyScriptProgram.h>
+#include <kyscript/KyScriptRunner.h>
+#include <kyscript/KyScriptStudy.h>
+
+#include <ovbase/OvPropertyPool.h>
+#include <ovbase/OvRegistry.h>
+#include <ovwebservice/DicomDirectoryEntry.h>
+
+#include <benchmark/benchmark.h>
+
+#include <QtWidgets/QApplication>
+
+#include <memory>
+#include <vector>
+
+/// Gives a constant: what a call costs by itself.
+class Constant : public QObject
+{
+    Q_OBJECT
+
+public:
+    Q_INVOKABLE QVariant getTag(QString) const { return QStringLiteral("1.2.3"); }
+};
+
+namespace {
+
+template <class Body>
+void add(const char* inName, Body inBody)
+{
+    benchmark::RegisterBenchmark(inName, [=](benchmark::State& state) { inBody(state); });
+}
+
+void addConstruction()
+{
+    add("engine with all options", [](benchmark::State& state) {
+        for (auto _ : state)
+            KyScriptEngine engine(nullptr, -1);
+    });
+    // The same objects and functions on a bare engine.
+    add("engine with all options/yardstick", [](benchmark::State& state) {
+        for (auto _ : state) {
+            QJSEngine engine;
+            QJSValue global = engine.globalObject();
+            auto* scope = new GlobalScope(&engine);
+            benchmark::DoNotOptimize(scope);
+            global.setProperty(QStringLiteral("StudyList"), engine.newQObject(new KyScriptStudyList(&engine)));
+            global.setProperty(QStringLiteral("Message"), engine.newQObject(new KyScriptMessage(&engine)));
+            global.setProperty(QStringLiteral("Global"), engine.newObject());
+        }
+    });
+}
+
+/// 1000 calls of study.getTag in a script.
+void measureCalls(benchmark::State& state, QObject* inObject, const QString& inTag)
+{
+    KyScriptEngine engine(nullptr, 0);
+    QJSEngine::setObjectOwnership(inObject, QJSEngine::CppOwnership);
+    engine.globalObject().setProperty(QStringLiteral("study"), engine.newQObject(inObject));
+    const QJSValue loop = engine.evaluate(
+        QStringLiteral("(function() { for (var i = 0; i < 1000; ++i) study.getTag('%1'); })").arg(inTag));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(loop.call());
+}
+
+void addGetTag()
+{
+    for (const char* tag : {"StudyInstanceUID", "StudyDate", "PatientName", "NoSuchKeyword"}) {
+        const std::string name = "1000 x getTag DICOM." + std::string(tag);
+        benchmark::RegisterBenchmark(name.c_str(), [tag](benchmark::State& state) {
+            Ovg::DicomHeader header;
+            header.setText(Ovg::DicomTagPath(QStringLiteral("StudyInstanceUID")), QStringLiteral("1.2.3"));
+            header.setText(Ovg::DicomTagPath(QStringLiteral("StudyDate")), QStringLiteral("20240229"));
+            header.setText(Ovg::DicomTagPath(QStringLiteral("PatientName")), QStringLiteral("Doe^Jane"));
+            KyScriptStudy study(std::make_shared<Ovg::DicomDirectoryEntry>(header));
+            measureCalls(state, &study, QStringLiteral("DICOM.") + QLatin1String(tag));
+        });
+        benchmark::RegisterBenchmark((name + "/yardstick").c_str(), [](benchmark::State& state) {
+            Constant constant;
+            measureCalls(state, &constant, QStringLiteral("DICOM.StudyInstanceUID"));
+        });
+    }
+}
+
+void addFacade()
+{
+    const KyScriptProgram program(QStringLiteral("1 + 1"), QString(), -1);
+    add("run through a facade", [=](benchmark::State& state) {
+        KyScriptAbstractEngine facade(nullptr, -1);
+        for (auto _ : state)
+            benchmark::DoNotOptimize(facade.runScript(program, false, false, false));
+    });
+    add("run through a facade/yardstick", [=](benchmark::State& state) {
+        KyScriptEngine engine(nullptr, -1);
+        for (auto _ : state)
+            benchmark::DoNotOptimize(engine.runScript(program, false, false, true));
+    });
+}
+
+void addRunner()
+{
+    const KyScriptProgram program(QStringLiteral("function add(a, b) { return a + b; }"), QString(), -1);
+    add("function called through a runner<=1.2", [=](benchmark::State& state) {
+        KyScriptRunner runner;
+        runner.initEngine(ScriptStudyList, program);
+        const QJSValue function = runner.getGlobalFunction(QStringLiteral("add"));
+        for (auto _ : state)
+            benchmark::DoNotOptimize(runner.callFunction(function, 3, 4));
+    });
+    add("function called through a runner/yardstick", [=](benchmark::State& state) {
+        KyScriptRunner runner;
+        runner.initEngine(ScriptStudyList, program);
+        const QJSValue function = runner.getGlobalFunction(QStringLiteral("add"));
+        for (auto _ : state)
+            benchmark::DoNotOptimize(function.call({QJSValue(3), QJSValue(4)}));
+    });
+}
+
+void measureExternals(benchmark::State& state, int inCount)
+{
+    std::vector<std::unique_ptr<KyScriptExternalObject>> objects;
+    for (int i = 0; i < inCount; ++i)
+        objects.push_back(std::make_unique<KyScriptExternalObject>(nullptr, QStringLiteral("external%1").arg(i),
+                                                                   ScriptExternalKindA));
+    KyScriptEngine engine(nullptr, -1);
+    QString source;
+    for (int i = 0; i < 12; ++i)
+        source += QStringLiteral("function f%1(a, b) { var s = 'x' + a; if (b > %1) { s += b * 2; } return s; }\n")
+                      .arg(i);
+    const KyScriptProgram program(source, QString(), -1);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(engine.runScript(program, false, false));
+}
+
+void addExternals()
+{
+    add("run of 1 KB with 100 external objects<=1.3",
+        [](benchmark::State& state) { measureExternals(state, 100); });
+    add("run of 1 KB with 100 external objects/yardstick",
+        [](benchmark::State& state) { measureExternals(state, 0); });
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    OvRegistry registry(nullptr);
+    OvPropertyPool pool;
+    static_cast<OvProperty<int>*>(pool.variant("Scripting.LogNumLines"))->value = 0;
+
+    addConstruction();
+    addGetTag();
+    addFacade();
+    addRunner();
+    addExternals();
+    return runWithRatios(argc, argv);
+}
+
+#include "bench_engine.moc"
