@@ -55,6 +55,8 @@ public:
     /// Takes the value with this key, or number. False, with no change, when there is none.
     bool setKey(const std::string& inKey);
     bool setValue(int inValue);
+    /// Takes the value with this key, or else with the number that the word is.
+    bool setWord(const std::string& inWord);
 
     /// Same name and same number.
     friend bool operator==(const OvEnum& inA, const OvEnum& inB);
@@ -68,6 +70,8 @@ protected:
     OvEnum& operator=(const OvEnum&);
 
 private:
+    bool take(ValuePointer inValue);
+
     std::string mName;
     ValuePointer mValue;
 };

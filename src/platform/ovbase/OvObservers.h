@@ -8,8 +8,9 @@
 #include <memory>
 #include <vector>
 
-/// Writes the exception that is being handled to the log, as one line of level 3. For use in a catch block.
-void ovLogObserverFailure();
+/// Writes "\a inWhat failed:" and the text of the exception that is being handled to the log, at level 3. For
+/// use in a catch block.
+void ovLogException(const char* inWhat);
 
 /// Functions that want to hear of something, in the order in which they were added.
 ///
@@ -71,7 +72,7 @@ private:
             try {
                 function(inArgs...);
             } catch (...) {
-                ovLogObserverFailure();
+                ovLogException("an observer");
             }
         }
 

@@ -5,8 +5,8 @@
 #include "OvRegistrySerializer.h"
 
 #include <functional>
+#include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -98,7 +98,7 @@ public:
     /// commits.
     bool isAutoCommitEnabled() const { return mIsAutoCommitEnabled; }
     void setAutoCommitEnabled(bool inOn);
-    /// Stores what waits, each value in the layer that was the default at its serialize(). False when a value
+    /// Stores what waits, with the values and in the layers of the time of serialize(). False when something
     /// could not be stored; it waits on.
     bool commit();
 
@@ -118,6 +118,7 @@ private:
     };
     using Variants = std::unordered_map<std::string, std::unique_ptr<OvVariant>, IdHash, std::equal_to<>>;
 
+    void run(RegisterFunction inFunction);
     OvVariant* find(std::string_view inId) const;
     OvVariant* presentVariant(const std::string& inId, const std::type_info& inType,
                               const OvSerializer* inSerializer) const;
@@ -129,7 +130,7 @@ private:
     OvRegistry::Priority mSerializationPriority = OvRegistry::UserPriority;
     bool mIsAutoCommitEnabled = true;
     Variants mVariants;
-    std::set<std::pair<OvVariant*, OvRegistry::Priority>> mPending;
+    std::map<std::pair<OvVariant*, OvRegistry::Priority>, std::unique_ptr<OvVariant>> mPending;
     OvObservers<const OvVariant*> mAdditions;
     OvObservers<const OvVariant*> mChanges;
 };

@@ -47,11 +47,8 @@ public:
     std::vector<Priority> layers(const QString& inId) const;
 
 private:
-    /// The record of \a inId among the kept layers or those of the session; null when it has none.
-    const OvRegistryStore::Layers* keptLayers(const QString& inId) const;
-    const OvRegistryStore::Layers* sessionLayers(const QString& inId) const;
     OvRegistryStore& storeOf(Priority inPriority) const;
 
     const std::shared_ptr<OvRegistryStore> mStore;
-    const std::unique_ptr<OvRegistryStore> mSession;
+    const std::unique_ptr<OvRegistryStore> mSession; ///< The layers from SessionPriority on.
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OvRegistryJournal.h"
 #include "OvRegistryStore.h"
 
 #include <QByteArray>
@@ -39,20 +40,45 @@ public:
     bool apply(const Change& inChange) override;
 
 private:
-    /// What the file looked like when this object last read or wrote it.
+    /// What shows that others have written.
     struct Stamp
     {
         bool exists = false;
         qint64 size = 0;
         QDateTime modified;
-        QByteArray header;
 
         friend bool operator==(const Stamp&, const Stamp&) = default;
     };
+
+    Stamp stampOnDisk() const;
+    /// Whether the file is as this object left it, to be asked under the lock.
+    bool isCurrent() const;
+    bool canAppend() const;
+
+    /// Takes over the file, or its absence. False, with no change, when it is not a sound journal.
+    bool load();
+    /// Brings a file that can't be loaded out of the way. Under the lock.
+    bool repair();
+    bool setAside(const QString& inReason);
+    bool recover(const OvRegistryJournal::Reading& inReading);
+
+    bool append(const Change& inChange);
+    /// Writes the file anew, with one more change if there is one.
+    bool rewrite(const Change* inChange);
+
+    /// Notes that the file on disk must not be written.
+    bool giveUp(const QString& inReason);
+    /// Logs a failure, unless it is the same as the last one. Always false.
+    bool fail(const QString& inReason);
 
     const QString mPath;
     const std::chrono::milliseconds mLockTimeout;
     Content mContent;
     Stamp mStamp;
-    QString mFailure; ///< The last one logged; empty after a success.
+    QByteArray mHeader; ///< The first line of the file; empty without one.
+    int mLines = 0;
+    int mLinesNeeded = 0; ///< What a file written anew had last.
+    bool mEndsWithBreak = true;
+    bool mIsDamaged = false; ///< The file is damaged and could not be repaired.
+    QString mFailure;        ///< The reason last logged; empty after a success.
 };

@@ -41,7 +41,6 @@ public:
     /// process; with false nothing has changed, and the reason stands in the log.
     virtual bool apply(const Change& inChange) = 0;
 
-protected:
     /// Puts \a inChange into \a ioContent.
     static void merge(const Change& inChange, Content& ioContent);
 };

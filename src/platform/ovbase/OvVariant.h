@@ -89,8 +89,14 @@ protected:
 private:
     friend class OvPropertyPool;
 
-    /// Puts the stored value, or else the default, into \a ioValue. Whether it was a stored one.
-    bool readStored(OvVariant& ioValue) const;
+    struct Restored
+    {
+        bool isStored = false;
+        bool hasChanged = false;
+    };
+
+    /// deserialize() without telling anybody; needs a serializer.
+    Restored restore();
 
     const std::string mIdentifier;
     OvPropertyPool* mPool = nullptr;

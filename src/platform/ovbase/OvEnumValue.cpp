@@ -1,0 +1,3 @@
+#include "OvEnumValue.h"
+
+OvEnumValue::~OvEnumValue() = default;

@@ -1,0 +1,3 @@
+#include "OvSerializer.h"
+
+OvSerializer::~OvSerializer() = default;
