@@ -90,12 +90,14 @@ QJSValue KyScriptEngine::runScript(const KyScriptProgram& inScript, bool inPushC
     return result;
 }
 
+/// The last step of a run: an external object that ends the engine when it is told to clear does no harm.
 void KyScriptEngine::clearAfterRun()
 {
     if (mStudyList)
         mStudyList->clear();
+    const QPointer<KyScriptEngine> self(this);
     for (const int kind : {ScriptExternalKindA, ScriptExternalKindB}) {
-        if (wants(kind))
+        if (self && wants(kind))
             KyScriptExternalObject::clearObjects(*this, kind);
     }
 }

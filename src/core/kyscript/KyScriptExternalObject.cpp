@@ -107,7 +107,10 @@ void KyScriptExternalObject::addToEngine(QJSEngine& inEngine, int inKind)
 
 void KyScriptExternalObject::clearObjects(QJSEngine& inEngine, int inKind)
 {
+    const QPointer<QJSEngine> engine(&inEngine);
     for (const ExternalEntry& entry : rowsOf(inKind)) {
+        if (!engine)
+            return; // an object has ended it
         QObject* object = entry.instance;
         if (!object)
             object = inEngine.globalObject().property(entry.name).toQObject();
