@@ -199,7 +199,7 @@ bool DicomFileScan::readMeta(std::string& outSopClass, std::string& outSyntax)
             outSyntax = text(element);
         mPlace += element.length;
     }
-    return !outSyntax.empty();
+    return !outSyntax.empty() && mPlace < mSize;
 }
 
 bool DicomFileScan::readDataSet()

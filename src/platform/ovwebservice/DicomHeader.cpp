@@ -21,6 +21,8 @@ namespace {
 // Values beyond this length, in bytes, stay in the file until they are asked for.
 constexpr Uint32 longestKeptValue = 64 * 1024;
 
+const DicomTagPath characterSetPath(0x0008, 0x0005);
+
 constexpr unsigned short metaGroup = 0x0002;
 
 std::string plainString(DcmItem& ioItem, const DcmTagKey& inKey)
@@ -101,17 +103,25 @@ bool isAscii(const QString& inText)
     return std::all_of(inText.begin(), inText.end(), [](QChar c) { return c.unicode() < 0x80; });
 }
 
-/// The first bytes of a file, enough to tell DICOM from others; null when it can't be read.
-QByteArray firstBytes(const QString& inPath, qint64& outSize, QString& outReason)
+/// What can be said of a file without building a data set: it isn't DICOM, or ends too early. Read for the
+/// rest.
+DicomHeader::Outcome firstLook(const QString& inPath, QString& outReason)
 {
     constexpr qint64 enough = 256;
     QFile file(inPath);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         outReason = QLatin1String("cannot be read: ") + file.errorString();
-        return {};
+        return DicomHeader::Outcome::Unreadable;
     }
-    outSize = file.size();
-    return QByteArray("") + file.read(enough);
+    if (!startsLikeDicom(file.read(enough), file.size())) {
+        outReason = QStringLiteral("not a DICOM file");
+        return DicomHeader::Outcome::NotDicom;
+    }
+    DicomFileScan scan(file);
+    if (scan.run() != DicomFileScan::Outcome::BrokenOff)
+        return DicomHeader::Outcome::Read;
+    outReason = scan.reason();
+    return DicomHeader::Outcome::Damaged;
 }
 
 } // namespace
@@ -125,6 +135,14 @@ struct DicomHeader::Record : public QSharedData
     {
         const std::scoped_lock lock(inOther.mutex);
         file = inOther.file;
+        noteContext();
+    }
+
+    /// To be called after changes: every value needs these two of the data set.
+    void noteContext()
+    {
+        characterSet = plainString(*file.getDataset(), DCM_SpecificCharacterSet);
+        utcOffset = QString::fromStdString(plainString(*file.getDataset(), DCM_TimezoneOffsetFromUTC));
     }
 
     DcmItem& root(const DicomTagPath& inPath) const
@@ -135,13 +153,22 @@ struct DicomHeader::Record : public QSharedData
 
     mutable std::mutex mutex; ///< DCMTK's lists have cursors and values are read lazily.
     mutable DcmFileFormat file;
+    std::string characterSet;
+    QString utcOffset;
 };
 
-DicomHeader::DicomHeader()
-    : d(new Record)
+/// DCMTK is readied before its first object is made.
+DicomHeader::Record* DicomHeader::makeRecord()
 {
     DicomDictionary::instance();
+    return new Record;
+}
+
+DicomHeader::DicomHeader()
+    : d(makeRecord())
+{
     d->file.getDataset()->putAndInsertString(DCM_SpecificCharacterSet, "ISO_IR 192");
+    d->noteContext();
 }
 
 DicomHeader::DicomHeader(const DicomHeader& inOther) = default;
@@ -150,14 +177,9 @@ DicomHeader::~DicomHeader() = default;
 
 DicomHeader::Outcome DicomHeader::readFile(const QString& inPath, DicomHeader& outHeader, QString& outReason)
 {
-    qint64 size = 0;
-    const QByteArray start = firstBytes(inPath, size, outReason);
-    if (start.isNull())
-        return Outcome::Unreadable;
-    if (!startsLikeDicom(start, size)) {
-        outReason = QStringLiteral("not a DICOM file");
-        return Outcome::NotDicom;
-    }
+    const Outcome look = firstLook(inPath, outReason);
+    if (look != Outcome::Read)
+        return look;
     DicomHeader header;
     DcmFileFormat& file = header.d->file;
     const OFCondition result =
@@ -168,6 +190,7 @@ DicomHeader::Outcome DicomHeader::readFile(const QString& inPath, DicomHeader& o
     }
     for (const DcmTagKey& key : {DCM_FloatPixelData, DCM_DoubleFloatPixelData, DCM_PixelData})
         file.getDataset()->findAndDeleteElement(key);
+    header.d->noteContext();
     outHeader = header;
     const bool directory =
         plainString(*file.getMetaInfo(), DCM_MediaStorageSOPClassUID) == UID_MediaStorageDirectoryStorage;
@@ -180,10 +203,8 @@ QVariant DicomHeader::value(const DicomTagPath& inPath, QStringList* outProblems
         return {};
     const std::scoped_lock lock(d->mutex);
     DcmItem* item = &d->root(inPath);
-    DicomValueContext context{.characterSet = plainString(*item, DCM_SpecificCharacterSet),
-                              .utcOffset =
-                                  QString::fromStdString(plainString(*item, DCM_TimezoneOffsetFromUTC)),
-                              .problems = outProblems};
+    DicomValueContext context{
+        .characterSet = d->characterSet, .utcOffset = d->utcOffset, .problems = outProblems};
     for (size_t i = 0; item && i + 1 < inPath.steps().size(); ++i) {
         item = findItem(*item, inPath.steps()[i]);
         if (item && item->tagExists(DCM_SpecificCharacterSet))
@@ -198,10 +219,11 @@ bool DicomHeader::setText(const DicomTagPath& inPath, const QString& inText)
     const auto& steps = inPath.steps();
     const bool allPlain =
         std::all_of(steps.begin(), steps.end(), [](const auto& s) { return s.creator.empty(); });
-    if (!inPath.isValid() || !allPlain || !std::all_of(steps.begin(), steps.end() - 1, isSequence))
+    if (!inPath.isValid() || inPath == characterSetPath || !allPlain ||
+        !std::all_of(steps.begin(), steps.end() - 1, isSequence))
         return false;
     DcmItem* item = &d->root(inPath);
-    if (!isAscii(inText) && plainString(*item, DCM_SpecificCharacterSet) != "ISO_IR 192")
+    if (!isAscii(inText) && d->characterSet != "ISO_IR 192")
         return false;
     auto element = elementOfText(steps.back(), inText);
     for (size_t i = 0; element && i + 1 < steps.size(); ++i) {
@@ -209,7 +231,9 @@ bool DicomHeader::setText(const DicomTagPath& inPath, const QString& inText)
                 .bad())
             return false;
     }
-    return element && item->insert(element.release(), OFTrue).good();
+    const bool done = element && item->insert(element.release(), OFTrue).good();
+    d->noteContext();
+    return done;
 }
 
 } // namespace Ovg

@@ -35,8 +35,7 @@ public:
     ///
     /// The content decides, not the name: a file starts with the preamble and "DICM" (PS3.10), or without
     /// them with an element of group 0002 or 0008. A file is damaged when it ends inside an element, be it
-    /// the pixels, whose length is compared with the size of the file; encapsulated pixels are not followed.
-    /// With any other outcome than Read, \a outReason gets one line of text that says why.
+    /// the pixels. With any other outcome than Read, \a outReason gets one line of text that says why.
     static Outcome readFile(const QString& inPath, DicomHeader& outHeader, QString& outReason);
 
     /// The value of the element at \a inPath. Invalid when it is absent, or when \a inPath is; a present but
@@ -64,12 +63,14 @@ public:
 
     /// Sets the element at \a inPath from text, values separated by backslashes, and makes the items on the
     /// way. The VR is the dictionary's. False, and nothing changed, for an invalid path, for a VR of bytes or
-    /// a sequence, for a private element, and for text that the header's character set lacks (it has all of
-    /// Unicode, unless the header is a file's).
+    /// a sequence, for a private element, for the character set, and for text that the header's character set
+    /// lacks (it has all of Unicode, unless the header is a file's).
     bool setText(const DicomTagPath& inPath, const QString& inText);
 
 private:
     struct Record;
+
+    static Record* makeRecord();
 
     QSharedDataPointer<Record> d;
 };

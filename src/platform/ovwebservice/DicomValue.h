@@ -12,8 +12,8 @@ namespace Ovg {
 /// What the reading of a value needs to know of the data set around the element.
 struct DicomValueContext
 {
-    std::string characterSet;        ///< Value of (0008,0005) in the item or around it, "" for the default.
-    QString utcOffset;               ///< Value of (0008,0201) of the data set.
+    std::string characterSet = {};   ///< Value of (0008,0005) in the item or around it, "" for the default.
+    QString utcOffset = {};          ///< Value of (0008,0201) of the data set.
     QStringList* problems = nullptr; ///< May be null.
 };
 

@@ -196,10 +196,10 @@ private:
         const StudyGrouping::Added added = mGrouping.add(inFile.facts);
         if (added == StudyGrouping::Added::Duplicate)
             ++mResult.duplicates;
-        if (added == StudyGrouping::Added::NoStudy)
-            skip({.path = inFile.path,
-                  .outcome = DicomHeader::Outcome::Damaged,
-                  .reason = QStringLiteral("damaged: has no study instance UID")});
+        if (added == StudyGrouping::Added::NoStudy) {
+            log(2, inFile.path, QStringLiteral("belongs to no study: has no study instance UID"));
+            ++mResult.noStudy;
+        }
     }
 
     void skip(const FoundFile& inFile)

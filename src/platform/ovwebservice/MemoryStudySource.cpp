@@ -19,7 +19,7 @@ StudySourceResult MemoryStudySource::load(const Progress& inProgress)
         facts.origin = result.files++;
         const StudyGrouping::Added added = grouping.add(facts);
         result.duplicates += added == StudyGrouping::Added::Duplicate ? 1 : 0;
-        result.damaged += added == StudyGrouping::Added::NoStudy ? 1 : 0;
+        result.noStudy += added == StudyGrouping::Added::NoStudy ? 1 : 0;
         result.cancelled = inProgress && !inProgress(result.files, total);
     }
     for (const auto& instances : grouping.studies())

@@ -20,7 +20,8 @@ struct StudySourceResult
     int instances = 0;  ///< Instances in the studies.
     int duplicates = 0; ///< Instances left out because their SOP instance UID had come before.
     int notDicom = 0;   ///< Skipped: something else than DICOM.
-    int damaged = 0;    ///< Skipped: broken off, malformed, unreadable, or without a study instance UID.
+    int damaged = 0;    ///< Skipped: broken off, malformed or unreadable.
+    int noStudy = 0;    ///< Skipped: sound, but without a study instance UID, as a colour palette is.
 
     bool cancelled = false; ///< The progress function said stop; the studies are those found until then.
 
