@@ -76,9 +76,9 @@ void addGetTag()
         const std::string name = "1000 x getTag DICOM." + std::string(tag);
         benchmark::RegisterBenchmark(name.c_str(), [tag](benchmark::State& state) {
             Ovg::DicomHeader header;
-            header.setText(Ovg::DicomTagPath(QStringLiteral("StudyInstanceUID")), QStringLiteral("1.2.3"));
-            header.setText(Ovg::DicomTagPath(QStringLiteral("StudyDate")), QStringLiteral("20240229"));
-            header.setText(Ovg::DicomTagPath(QStringLiteral("PatientName")), QStringLiteral("Doe^Jane"));
+            header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("StudyInstanceUID")), QStringLiteral("1.2.3"));
+            header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("StudyDate")), QStringLiteral("20240229"));
+            header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("PatientName")), QStringLiteral("Doe^Jane"));
             KyScriptStudy study(std::make_shared<Ovg::DicomDirectoryEntry>(header));
             measureCalls(state, &study, QStringLiteral("DICOM.") + QLatin1String(tag));
         });

@@ -23,10 +23,10 @@ using Entries = std::vector<Entry>;
 Entry study(int inNumber)
 {
     Ovg::DicomHeader header;
-    header.setText(Ovg::DicomTagPath(QStringLiteral("PatientName")),
+    header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("PatientName")),
                    QStringLiteral("Patient%1^Name").arg(inNumber / 3, 6, 10, QLatin1Char('0')));
-    header.setText(Ovg::DicomTagPath(QStringLiteral("PatientID")), QString::number(inNumber / 3));
-    header.setText(Ovg::DicomTagPath(QStringLiteral("StudyInstanceUID")), QStringLiteral("1.2.3.%1").arg(inNumber));
+    header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("PatientID")), QString::number(inNumber / 3));
+    header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("StudyInstanceUID")), QStringLiteral("1.2.3.%1").arg(inNumber));
     return std::make_shared<Ovg::DicomDirectoryEntry>(header);
 }
 

@@ -111,7 +111,7 @@ void tst_KyScriptStudy::tagsAreReadByTheirNames()
 {
     QFETCH(QString, name);
     QFETCH(QVariant, value);
-    const KyScriptStudy study(KyTestPlatform::study({{"StudyInstanceUID", "1.2.3"}, {"SeriesNumber", "4"}}));
+    const KyScriptStudy study(KyTestPlatform::studyWith({{"StudyInstanceUID", "1.2.3"}, {"SeriesNumber", "4"}}));
     const QVariant read = study.getTag(name);
     QCOMPARE(read.isValid(), value.isValid());
     QCOMPARE(read, value);
@@ -120,7 +120,7 @@ void tst_KyScriptStudy::tagsAreReadByTheirNames()
 void tst_KyScriptStudy::dateArrivesInScriptsAsLocalMidnight()
 {
     KyScriptEngine engine(nullptr, 0);
-    KyScriptStudy study(KyTestPlatform::study({{"StudyDate", "20240331"}}));
+    KyScriptStudy study(KyTestPlatform::studyWith({{"StudyDate", "20240331"}}));
     publish(engine, study);
     QCOMPARE(engine.evaluate("var d = study.getTag('DICOM.StudyDate');"
                              "[d instanceof Date, d.getFullYear(), d.getMonth(), d.getDate(), d.getHours()].join()")
@@ -131,7 +131,7 @@ void tst_KyScriptStudy::dateArrivesInScriptsAsLocalMidnight()
 void tst_KyScriptStudy::timeArrivesInScriptsAsAnObjectThatPrints()
 {
     KyScriptEngine engine(nullptr, 0);
-    KyScriptStudy study(KyTestPlatform::study({{"StudyTime", "140509.12"}}));
+    KyScriptStudy study(KyTestPlatform::studyWith({{"StudyTime", "140509.12"}}));
     publish(engine, study);
     QCOMPARE(engine.evaluate("String(study.getTag('DICOM.StudyTime'))").toString(), QStringLiteral("14:05:09.120"));
     QVERIFY(!engine.evaluate("guiTime(study.getTag('DICOM.StudyTime'))").toString().isEmpty());
@@ -140,7 +140,7 @@ void tst_KyScriptStudy::timeArrivesInScriptsAsAnObjectThatPrints()
 void tst_KyScriptStudy::severalValuesArriveAsAnArray()
 {
     KyScriptEngine engine(nullptr, 0);
-    KyScriptStudy study(KyTestPlatform::study({{"ImageType", "ORIGINAL\\PRIMARY\\AXIAL"}}));
+    KyScriptStudy study(KyTestPlatform::studyWith({{"ImageType", "ORIGINAL\\PRIMARY\\AXIAL"}}));
     publish(engine, study);
     QCOMPARE(engine.evaluate("var t = study.getTag('DICOM.ImageType'); Array.isArray(t) + t.join('|')").toString(),
              QStringLiteral("trueORIGINAL|PRIMARY|AXIAL"));
@@ -148,7 +148,7 @@ void tst_KyScriptStudy::severalValuesArriveAsAnArray()
 
 void tst_KyScriptStudy::withoutAnEngineDatesStayDates()
 {
-    const KyScriptStudy study(KyTestPlatform::study({{"StudyDate", "20240331"}}));
+    const KyScriptStudy study(KyTestPlatform::studyWith({{"StudyDate", "20240331"}}));
     QCOMPARE(study.getTag("DICOM.StudyDate"), QVariant(QDate(2024, 3, 31)));
 }
 
@@ -264,7 +264,7 @@ void tst_KyScriptStudy::timeSpentIsReadByTheStudyInstanceUid()
 void tst_KyScriptStudy::timeSpentWithoutAUidIsZero()
 {
     mPlatform->metrics.addTimeSpent("", 12.5f);
-    const KyScriptStudy study(KyTestPlatform::study({{"PatientName", "Doe^Jane"}}));
+    const KyScriptStudy study(KyTestPlatform::studyWith({{"PatientName", "Doe^Jane"}}));
     QCOMPARE(study.getTimeSpent(), 0.0f);
 }
 

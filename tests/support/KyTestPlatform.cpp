@@ -9,15 +9,15 @@ KyTestPlatform::KyTestPlatform()
 
 KyTestPlatform::~KyTestPlatform() = default;
 
-std::shared_ptr<Ovg::DicomDirectoryEntry> KyTestPlatform::study(const std::map<QString, QString>& inElements)
+std::shared_ptr<Ovg::DicomDirectoryEntry> KyTestPlatform::studyWith(const std::map<QString, QString>& inElements)
 {
     Ovg::DicomHeader header;
     for (const auto& [keyword, text] : inElements)
-        header.setText(Ovg::DicomTagPath(keyword), text);
+        header.setText(Ovg::DicomTagPath::fromText(keyword), text);
     return std::make_shared<Ovg::DicomDirectoryEntry>(header);
 }
 
 std::shared_ptr<Ovg::DicomDirectoryEntry> KyTestPlatform::study(const QString& inUid, const QString& inPatient)
 {
-    return study({{"StudyInstanceUID", inUid}, {"PatientName", inPatient}, {"PatientID", inPatient}});
+    return studyWith({{"StudyInstanceUID", inUid}, {"PatientName", inPatient}, {"PatientID", inPatient}});
 }

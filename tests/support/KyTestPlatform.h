@@ -36,7 +36,7 @@ public:
     KyLoadHelper& loader() { return *session.component<KyLoadHelper>(true); }
 
     /// A study in memory: keywords of DICOM elements and their texts.
-    static std::shared_ptr<Ovg::DicomDirectoryEntry> study(const std::map<QString, QString>& inElements);
+    static std::shared_ptr<Ovg::DicomDirectoryEntry> studyWith(const std::map<QString, QString>& inElements);
     /// A study of the patient \a inPatient with the study instance UID \a inUid.
     static std::shared_ptr<Ovg::DicomDirectoryEntry> study(const QString& inUid,
                                                            const QString& inPatient = QStringLiteral("Doe^Jane"));

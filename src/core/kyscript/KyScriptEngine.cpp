@@ -21,10 +21,40 @@
 #include <QtCore/QTimeZone>
 #include <QtWidgets/QTextEdit>
 
+/// Takes away an error that host code has left pending, since Qt returns such an error in place of running the
+/// next text. It is none of the new script's: at the outermost level it is logged, inside a run it goes back to
+/// the outer script when the new one is over.
+class KyScriptEngine::PendingError
+{
+public:
+    explicit PendingError(KyScriptEngine& inEngine)
+        : mEngine(&inEngine)
+    {
+        if (inEngine.hasError())
+            mError = inEngine.catchError();
+    }
+    ~PendingError()
+    {
+        if (mError.isUndefined() || !mEngine)
+            return;
+        if (mEngine->mDepth > 0)
+            mEngine->throwError(mError);
+        else
+            mEngine->logException(KyScriptLog::Context, mError, QStringLiteral("host code before the run"));
+    }
+    PendingError(const PendingError&) = delete;
+    PendingError& operator=(const PendingError&) = delete;
+
+private:
+    const QPointer<KyScriptEngine> mEngine;
+    QJSValue mError;
+};
+
 KyScriptEngine::KyScriptEngine(QObject* inParent, int inOptions)
     : QJSEngine(inParent)
     , mOptions(inOptions)
     , mGlobalObject(globalObject())
+    , mTrampoline(KyScriptNestedEvaluation::makeTrampoline(*this))
 {
     setObjectName(QStringLiteral("Scripting"));
     new GlobalScope(this);
@@ -72,6 +102,7 @@ bool KyScriptEngine::wants(int inExternalOption) const
 QJSValue KyScriptEngine::runScript(const KyScriptProgram& inScript, bool inPushContext, bool inNoFunction,
                                    bool inCleanup)
 {
+    const PendingError pending(*this);
     const bool wrapToFunction = inPushContext && !inNoFunction;
     KyScriptProgram script = inScript;
     if (wrapToFunction)
@@ -132,32 +163,15 @@ void KyScriptEngine::addExternals()
     }
 }
 
-/// Qt returns an error that host code has left pending in place of running the text. Such an error is none of
-/// the new script's: at the outermost level it is logged and dropped, inside a run it waits for the outer one.
 QJSValue KyScriptEngine::evaluateGuarded(const QString& inText, const QString& inFileName, int inLine)
 {
-    QJSValue pending;
-    if (hasError())
-        pending = catchError();
-
+    const PendingError pending(*this);
     const bool nested = mDepth > 0 || QThread::currentThread()->loopLevel() > 1;
     ++mDepth;
-    QJSValue result;
-    if (nested) {
-        if (mTrampoline.isUndefined())
-            mTrampoline = KyScriptNestedEvaluation::makeTrampoline(*this);
-        result = KyScriptNestedEvaluation(*this, inText, inFileName, inLine).evaluate(mTrampoline);
-    } else {
-        result = QJSEngine::evaluate(inText, inFileName, inLine);
-    }
+    const QJSValue result =
+        nested ? KyScriptNestedEvaluation(*this, inText, inFileName, inLine).evaluate(mTrampoline)
+               : QJSEngine::evaluate(inText, inFileName, inLine);
     --mDepth;
-
-    if (pending.isUndefined())
-        return result;
-    if (mDepth > 0)
-        throwError(pending);
-    else
-        logException(KyScriptLog::Context, pending, QStringLiteral("host code before the run"));
     return result;
 }
 
@@ -280,8 +294,8 @@ QString GlobalScope::guiTime(QJSValue inTime)
     const auto* eng = qobject_cast<KyScriptEngine*>(parent());
     if (!dbc_holds(eng))
         return QString();
-    // Not qjsvalue_cast, which makes an empty text of undefined instead of the word.
-    const QString text = inTime.toString();
+    // The cast makes an empty text of undefined, where the conversion of the language gives the word.
+    const QString text = inTime.isUndefined() ? inTime.toString() : qjsvalue_cast<QString>(inTime);
     if (text.isEmpty())
         return QString();
     return OvDateFormatter::guiTime(QTime::fromString(text, Qt::ISODateWithMs), false, true);

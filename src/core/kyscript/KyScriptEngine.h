@@ -3,6 +3,7 @@
 #include "KyScriptExport.h"
 #include "KyScriptOptions.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QList>
 #include <QtCore/QPointer>
 #include <QtQml/QJSEngine>
@@ -91,6 +92,8 @@ protected:
 
 private:
     friend class KyScriptInterface;
+
+    class PendingError;
 
     template <class T>
     T* addInstance(const char* inName);
