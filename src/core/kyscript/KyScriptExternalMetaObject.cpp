@@ -8,9 +8,10 @@ namespace {
 
 using MetaObjects = std::vector<QPointer<KyScriptExternalMetaObject>>;
 
+/// Never deleted: objects of other modules may end while the process goes down.
 MetaObjects& registry()
 {
-    static MetaObjects sExternalMetaObjects;
+    static auto& sExternalMetaObjects = *new MetaObjects;
     return sExternalMetaObjects;
 }
 

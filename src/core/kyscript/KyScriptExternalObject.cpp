@@ -20,9 +20,10 @@ struct ExternalEntry
 
 using Entries = std::vector<ExternalEntry>;
 
+/// Never deleted: objects of other modules may end while the process goes down.
 std::map<int, Entries>& externalObjects()
 {
-    static std::map<int, Entries> sExternalObjects;
+    static auto& sExternalObjects = *new std::map<int, Entries>;
     return sExternalObjects;
 }
 

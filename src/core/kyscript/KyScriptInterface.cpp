@@ -8,10 +8,11 @@
 
 namespace {
 
-/// A row without an engine belongs to one that is being constructed.
+/// A row without an engine belongs to one that is being constructed. Never deleted: the application object, and
+/// the engines with it, may end late.
 std::map<QString, KyScriptInterface*>& instances()
 {
-    static std::map<QString, KyScriptInterface*> sInstances;
+    static auto& sInstances = *new std::map<QString, KyScriptInterface*>;
     return sInstances;
 }
 
