@@ -77,7 +77,7 @@ bool KyScriptRunner::evaluateScript(const KyScriptProgram& inScript, QString& ou
 void KyScriptRunner::createCurrentContext()
 {
     dbc_holds(!hasCurrentContext());
-    mContext = mEngine->globalObject();
+    mContext = mEngine ? mEngine->globalObject() : QJSValue();
     dbc_holds(!mContext.isUndefined());
 }
 

@@ -68,8 +68,9 @@ public:
     QJSValue getGlobalFunction(const QString& inName);
 
     /// Calls \a inFunction, got by one of the operations above, with any number of arguments: numbers, bool,
-    /// texts (QString, const char* and std::string, both UTF-8), QObject pointers, whose ownership does not
-    /// change, QJSValues, and whatever else QJSEngine::toScriptValue() takes, such as QVariantMap.
+    /// texts (QString, const char* and std::string, both UTF-8), QByteArray as an ArrayBuffer, QObject
+    /// pointers, whose ownership does not change, QJSValues, and whatever else QJSEngine::toScriptValue()
+    /// takes, such as QVariantMap.
     ///
     /// \return the value of the call; an error value (`isError()`) after an uncaught error, which is not
     /// logged; undefined for anything that is not callable, and without an engine.
@@ -98,6 +99,8 @@ private:
             return inValue;
         else if constexpr (std::is_convertible_v<T, QObject*>)
             return scriptValue<QObject*>(inValue);
+        else if constexpr (std::is_same_v<T, QByteArray>)
+            return scriptValue(inValue.isNull() ? QByteArray("") : inValue); // a null one would be unusable
         else if constexpr (std::is_convertible_v<T, const char*>)
             return scriptValue(QString::fromUtf8(static_cast<const char*>(inValue)));
         else if constexpr (std::is_same_v<T, std::string>)
