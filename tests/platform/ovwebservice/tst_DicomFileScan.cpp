@@ -129,8 +129,8 @@ private slots:
                  int(Outcome::Directory));
     }
 
-    /// A data set cut anywhere is damaged, unless whole elements are left; and what the scan takes for whole is
-    /// whole to DCMTK too.
+    /// A data set cut anywhere is damaged, unless whole elements are left; and what the scan takes for whole
+    /// is whole to DCMTK too.
     void everyCutIsSeen_data() { theCommonSyntaxesAreScanned_data(); }
     void everyCutIsSeen()
     {
