@@ -4,19 +4,13 @@
 
 #include <exception>
 
-namespace {
-
-constexpr const char* LogContext = "OvPropertyPool";
-
-} // namespace
-
-void ovLogException(const char* inWhat)
+void ovLogException(const char* inContext, const char* inWhat)
 {
     try {
         throw;
     } catch (const std::exception& failure) {
-        getTheLogInstance().tracef(3, LogContext, "%s failed: %s", inWhat, failure.what());
+        getTheLogInstance().tracef(3, inContext, "%s failed: %s", inWhat, failure.what());
     } catch (...) {
-        getTheLogInstance().tracef(3, LogContext, "%s failed", inWhat);
+        getTheLogInstance().tracef(3, inContext, "%s failed", inWhat);
     }
 }

@@ -10,7 +10,7 @@
 
 /// Writes "\a inWhat failed:" and the text of the exception that is being handled to the log, at level 3. For
 /// use in a catch block.
-void ovLogException(const char* inWhat);
+void ovLogException(const char* inContext, const char* inWhat);
 
 /// Functions that want to hear of something, in the order in which they were added.
 ///
@@ -72,7 +72,7 @@ private:
             try {
                 function(inArgs...);
             } catch (...) {
-                ovLogException("an observer");
+                ovLogException("OvObservers", "an observer");
             }
         }
 

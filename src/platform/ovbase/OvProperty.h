@@ -12,17 +12,17 @@
 ///
 /// Text forms:
 ///
-/// | T | Text | Reading |
-/// |---|---|---|
-/// | int, double | what a default stream writes: `-5`; `2.5`, with 6 significant digits | extraction straight
-/// into `value`: leading blanks are skipped, what follows the number is ignored, a failure leaves what the
-/// stream leaves (0, or the limit of the type) | | bool | `true`, `false` | also `1` and `0`; letters in any
-/// case, blanks around are ignored; a failure leaves the value | | QString | the string itself | any text |
-/// | QList<QString> | elements with "," between them, as in RFC 4180: an element that is empty, begins or
-/// ends with white space, or holds `,`, `"`, CR or LF stands in `"`, with `"` inside doubled | also bare
-/// empty elements, as in `a,,b`; the empty text is the empty list; a quote that is not closed, or text behind
-/// a closing one, fails and leaves the value | | other | what `operator<<` writes | `operator>>`; the
-/// operators decide |
+/// - int, double: what a default stream writes, so `-5`, and `2.5` with 6 significant digits. It is read by
+///   extraction straight into `value`: leading blanks are skipped, what follows the number is ignored, and a
+///   failure leaves what the stream leaves, which is 0 or the limit of the type.
+/// - bool: `true` or `false`. `1` and `0` are read too, letters in any case and with blanks around. A failure
+///   leaves the value.
+/// - QString: the string itself. Every text is read.
+/// - QList<QString>: the elements with "," between them, quoted as in RFC 4180. An element that is empty,
+///   begins or ends with white space, or holds a comma, a double quote, CR or LF stands in double quotes,
+///   those inside doubled. The empty text is the empty list. Bare empty elements, as in `a,,b`, are read too.
+///   A quote that is not closed, and text behind a closing one, is a failure, which leaves the value.
+/// - others: what `operator<<` writes and `operator>>` reads.
 ///
 /// toQString() and fromQString() of the string types keep every value exactly; their toString() is UTF-8.
 ///

@@ -51,7 +51,7 @@ void OvPropertyPool::run(RegisterFunction inFunction)
     try {
         inFunction(*this);
     } catch (...) {
-        ovLogException("a registration of properties");
+        ovLogException("OvPropertyPool", "a registration of properties");
     }
 }
 
@@ -115,12 +115,10 @@ bool OvPropertyPool::addVariant(OvVariant* inVariant, OvSerializer* inSerializer
     if (!dbc_holds(inVariant != nullptr))
         return false;
     const std::string& id = inVariant->identifier();
-    if (!validPropertyName(id)) {
-        dbc_report("validPropertyName(id)", id.c_str());
-        return false;
-    }
-    if (find(id)) {
-        dbc_report("variant(id) == nullptr", id.c_str());
+    const bool isValid = validPropertyName(id);
+    if (!isValid || find(id)) {
+        dbc_report(isValid ? "variant(id) == nullptr" : "validPropertyName(id)",
+                   QString::fromLatin1(id.c_str()).toUtf8().constData());
         return false;
     }
     inVariant->mPool = this;

@@ -16,6 +16,8 @@ constexpr const char* LogContext = "OvRegistry";
 // A file is written anew when it has this many lines more than twice those that it needs.
 constexpr int SpareLines = 1000;
 
+constexpr QFileDevice::Permissions OwnerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+
 QString lockPath(const QString& inPath)
 {
     return inPath + QLatin1String(".lock");
@@ -42,6 +44,42 @@ std::optional<QByteArray> readAll(const QString& inPath, QString& outReason)
     const QByteArray text = file.readAll();
     outReason = file.errorString();
     return file.error() == QFileDevice::NoError ? std::optional(text) : std::nullopt;
+}
+
+/// Goes on after a write that ran out of room half-way: only the next one tells the reason.
+bool writeAll(const QByteArray& inText, QFileDevice& ioFile)
+{
+    qint64 done = 0;
+    while (done < inText.size()) {
+        const qint64 count = ioFile.write(inText.constData() + done, inText.size() - done);
+        if (count <= 0)
+            return false;
+        done += count;
+    }
+    return true;
+}
+
+/// Writes a file that must not exist yet. False, with nothing left behind, when it can't be written whole.
+bool writeNew(const QString& inPath, const QByteArray& inText, QString& outReason)
+{
+    QFile file(inPath);
+    const bool isOpen = file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered);
+    if (isOpen)
+        file.setPermissions(OwnerOnly);
+    if (isOpen && writeAll(inText, file))
+        return true;
+    outReason = file.errorString();
+    if (isOpen)
+        file.remove();
+    return false;
+}
+
+int valueCount(const OvRegistryStore::Content& inContent)
+{
+    std::size_t count = 0;
+    for (const OvRegistryStore::Layers& layers : inContent)
+        count += layers.size();
+    return int(count);
 }
 
 QByteArray firstLine(const QByteArray& inText)
@@ -91,7 +129,7 @@ const OvRegistryStore::Content& OvRegistryFileStore::content()
     // Without the lock this can be a line that another process is just writing.
     const OvFileLock lock(lockPath(mPath), mLockTimeout);
     if (!load())
-        lock.isHeld() ? repair() : giveUp(lock.errorText());
+        repair(lock.errorText());
     return mContent;
 }
 
@@ -102,7 +140,7 @@ bool OvRegistryFileStore::apply(const Change& inChange)
     const OvFileLock lock(lockPath(mPath), mLockTimeout);
     if (!lock.isHeld())
         return fail(lock.errorText());
-    if (!isCurrent() && !load() && !repair())
+    if (!isCurrent() && !load() && !repair(QString()))
         return false;
     if (!(canAppend() ? append(inChange) : rewrite(&inChange)))
         return false;
@@ -126,6 +164,7 @@ bool OvRegistryFileStore::load()
     }
     mContent = reading.content;
     mLines = reading.lines;
+    mLinesNeeded = valueCount(mContent);
     mEndsWithBreak = reading.endsWithBreak;
     mHeader = header;
     mStamp = stamp;
@@ -133,44 +172,51 @@ bool OvRegistryFileStore::load()
     return true;
 }
 
-bool OvRegistryFileStore::repair()
+bool OvRegistryFileStore::repair(const QString& inObstacle)
 {
-    QString reason;
-    const std::optional<QByteArray> text = readAll(mPath, reason);
-    if (!text)
-        return setAside(QStringLiteral("can't be read (%1)").arg(reason));
-    const OvRegistryJournal::Reading reading = OvRegistryJournal::read(*text, mContent);
-    if (reading.state == OvRegistryJournal::State::Foreign)
-        return setAside(QStringLiteral("damaged, its first line is not that of a settings file"));
-    return recover(reading);
+    QString readFailure;
+    const std::optional<QByteArray> text = readAll(mPath, readFailure);
+    const auto reading = OvRegistryJournal::read(text.value_or(QByteArray()), mContent);
+    const bool isJournal = reading.state != OvRegistryJournal::State::Foreign;
+    QString reason = QStringLiteral("can't be read (%1)").arg(readFailure);
+    if (isJournal)
+        reason = QStringLiteral("damaged, unreadable lines: %1").arg(reading.badLines);
+    else if (text)
+        reason = QStringLiteral("damaged, its first line is not that of a settings file");
+    if (isJournal)
+        mContent = reading.content;
+    if (!inObstacle.isEmpty())
+        return giveUp(reason, inObstacle);
+    return isJournal ? recover(reason, *text) : setAside(reason);
 }
 
 bool OvRegistryFileStore::setAside(const QString& inReason)
 {
     const QString aside = asidePath(mPath);
-    if (!QFile::rename(mPath, aside))
-        return giveUp(inReason + QLatin1String(", and can't be set aside; nothing is stored"));
+    QFile file(mPath);
+    if (!file.rename(aside))
+        return giveUp(inReason, file.errorString());
     log(mPath, QStringLiteral("%1; set aside as \"%2\"").arg(inReason, aside));
     mStamp = Stamp();
     mIsDamaged = false;
     return mContent.isEmpty() || rewrite(nullptr);
 }
 
-bool OvRegistryFileStore::recover(const OvRegistryJournal::Reading& inReading)
+bool OvRegistryFileStore::recover(const QString& inReason, const QByteArray& inText)
 {
     const QString aside = asidePath(mPath);
-    mContent = inReading.content;
-    const QString reason = QStringLiteral("damaged, %1 lines can't be read").arg(inReading.badLines);
-    if (!QFile::copy(mPath, aside))
-        return giveUp(reason + QLatin1String(", and can't be set aside; nothing is stored"));
+    QString obstacle;
+    if (!writeNew(aside, inText, obstacle))
+        return giveUp(inReason, obstacle);
     if (!rewrite(nullptr)) {
         QFile::remove(aside);
         mIsDamaged = true;
+        mStamp = stampOnDisk();
         return false;
     }
-    log(mPath, QStringLiteral("%1; a copy as it was is \"%2\", %3 lines were kept")
-                   .arg(reason, aside)
-                   .arg(inReading.lines));
+    log(mPath, QStringLiteral("%1; a copy as it was is \"%2\", %3 values were kept")
+                   .arg(inReason, aside)
+                   .arg(mLines));
     return true;
 }
 
@@ -180,7 +226,7 @@ bool OvRegistryFileStore::append(const Change& inChange)
     QFile file(mPath);
     if (!file.open(QIODevice::Append | QIODevice::ExistingOnly | QIODevice::Unbuffered))
         return fail(QStringLiteral("can't be written (%1)").arg(file.errorString()));
-    if (file.write(line) != line.size()) {
+    if (!writeAll(line, file)) {
         const QString reason = file.errorString();
         file.resize(mStamp.size);
         return fail(QStringLiteral("can't be written (%1)").arg(reason));
@@ -199,10 +245,11 @@ bool OvRegistryFileStore::rewrite(const Change* inChange)
     const QByteArray header = OvRegistryJournal::newHeader();
     const QByteArray text = OvRegistryJournal::text(header, content);
     QSaveFile file(mPath);
-    const bool isOpen = file.open(QIODevice::WriteOnly);
+    // Unbuffered: commit() does not tell when a buffer could only be written in part.
+    const bool isOpen = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
     if (isOpen && !mStamp.exists)
-        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    if (!isOpen || file.write(text) != text.size() || !file.commit())
+        file.setPermissions(OwnerOnly);
+    if (!isOpen || !writeAll(text, file) || !file.commit())
         return fail(QStringLiteral("can't be written (%1)").arg(file.errorString()));
     mHeader = header;
     mLines = mLinesNeeded = int(text.count('\n')) - 1;
@@ -212,11 +259,12 @@ bool OvRegistryFileStore::rewrite(const Change* inChange)
     return true;
 }
 
-bool OvRegistryFileStore::giveUp(const QString& inReason)
+bool OvRegistryFileStore::giveUp(const QString& inReason, const QString& inObstacle)
 {
     mIsDamaged = true;
     mStamp = stampOnDisk();
-    return fail(inReason);
+    return fail(
+        QStringLiteral("%1, and can't be set aside (%2); nothing is stored").arg(inReason, inObstacle));
 }
 
 bool OvRegistryFileStore::fail(const QString& inReason)

@@ -57,17 +57,18 @@ private:
 
     /// Takes over the file, or its absence. False, with no change, when it is not a sound journal.
     bool load();
-    /// Brings a file that can't be loaded out of the way. Under the lock.
-    bool repair();
+    /// Brings a file that can't be loaded out of the way, keeping what can be read of it. With an obstacle,
+    /// as without the lock, nothing on disk is touched.
+    bool repair(const QString& inObstacle);
     bool setAside(const QString& inReason);
-    bool recover(const OvRegistryJournal::Reading& inReading);
+    bool recover(const QString& inReason, const QByteArray& inText);
 
     bool append(const Change& inChange);
     /// Writes the file anew, with one more change if there is one.
     bool rewrite(const Change* inChange);
 
-    /// Notes that the file on disk must not be written.
-    bool giveUp(const QString& inReason);
+    /// Notes that the damaged file on disk must not be written. Always false.
+    bool giveUp(const QString& inReason, const QString& inObstacle);
     /// Logs a failure, unless it is the same as the last one. Always false.
     bool fail(const QString& inReason);
 
@@ -77,7 +78,7 @@ private:
     Stamp mStamp;
     QByteArray mHeader; ///< The first line of the file; empty without one.
     int mLines = 0;
-    int mLinesNeeded = 0; ///< What a file written anew had last.
+    int mLinesNeeded = 0; ///< That a file written anew would have had, at the last reading or writing.
     bool mEndsWithBreak = true;
     bool mIsDamaged = false; ///< The file is damaged and could not be repaired.
     QString mFailure;        ///< The reason last logged; empty after a success.

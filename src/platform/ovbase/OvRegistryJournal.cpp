@@ -20,7 +20,9 @@ constexpr QLatin1String RemovedKey("removed");
 
 QByteArray lineOf(const QJsonObject& inObject)
 {
-    return QJsonDocument(inObject).toJson(QJsonDocument::Compact) + '\n';
+    QByteArray line = QJsonDocument(inObject).toJson(QJsonDocument::Compact) + '\n';
+    // Qt's reader takes U+FEFF at the start of a string for a byte order mark and drops it.
+    return line.replace("\xef\xbb\xbf", "\\ufeff");
 }
 
 bool isHeader(const QByteArray& inLine)
@@ -79,7 +81,7 @@ OvRegistryJournal::Reading OvRegistryJournal::read(const QByteArray& inText,
 {
     Reading reading;
     const qsizetype headerEnd = inText.indexOf('\n');
-    if (!isHeader(inText.left(headerEnd)))
+    if (!isHeader(headerEnd < 0 ? inText : inText.left(headerEnd)))
         return reading;
     reading.content = inBase;
     reading.endsWithBreak = inText.endsWith('\n');

@@ -15,12 +15,13 @@ bool OvRegistrySerializer::write(const OvVariant& inProperty, int inPriority)
 bool OvRegistrySerializer::read(OvVariant& ioProperty)
 {
     const OvRegistry* registry = OvRegistry::getInstance();
+    const QString id = QString::fromLatin1(ioProperty.identifier().c_str());
     OvRegistry::Value stored;
-    if (!registry || !registry->getProperty(QString::fromLatin1(ioProperty.identifier().c_str()), stored))
+    if (!registry || !registry->getProperty(id, stored))
         return false;
     if (ioProperty.fromQString(stored.value))
         return true;
     getTheLogInstance().tracef(2, "OvPropertyPool", "the stored value of \"%s\" can't be read: \"%s\"",
-                               ioProperty.identifier().c_str(), stored.value.toUtf8().constData());
+                               id.toUtf8().constData(), stored.value.toUtf8().constData());
     return false;
 }

@@ -24,7 +24,7 @@ bool OvReportLocker::lock(const Entry& inEntry)
         if (!mLock || !mLock(inEntry))
             return false;
     } catch (...) {
-        ovLogException("locking a worklist entry");
+        ovLogException("OvReportLocker", "locking a worklist entry");
         return false;
     }
     mLocked.push_back(inEntry);

@@ -47,7 +47,7 @@ bool OvVariant::serialize()
     try {
         return mPool && mSerializer && mPool->store(*this);
     } catch (...) {
-        ovLogException("storing a property");
+        ovLogException("OvPropertyPool", "storing a property");
         return false;
     }
 }
@@ -70,7 +70,7 @@ OvVariant::Restored OvVariant::restore()
     try {
         restored.isStored = mSerializer->read(*stored);
     } catch (...) {
-        ovLogException("reading a stored property");
+        ovLogException("OvPropertyPool", "reading a stored property");
     }
     const OvVariant& wanted = restored.isStored ? *stored : *mDefault;
     restored.hasChanged = !isEqual(wanted) && assign(wanted);

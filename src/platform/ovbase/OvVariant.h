@@ -28,7 +28,7 @@ public:
     virtual ~OvVariant();
     OvVariant& operator=(const OvVariant&) = delete;
 
-    /// Type of the value, such as typeid(int).
+    /// Type of the value, such as typeid(int). Only OvProperty<T> may give typeid(T): callers cast by it.
     virtual const std::type_info& type() const = 0;
     /// Whether the value is text in any characters, so that toString() is UTF-8.
     virtual bool isStringType() const;
