@@ -1,0 +1,128 @@
+#include "KyHostPlatform.h"
+
+#include <kyscript/KyScriptInterface.h>
+#include <kyscript/KyScriptStudy.h>
+
+#include <kybase/KyFileWorklistStore.h>
+#include <kybase/KyLoadHelper.h>
+#include <kybase/KyMemoryWorklistStore.h>
+#include <kybase/KyWorklistHelper.h>
+#include <kyreporttab/KyFileReportLockStore.h>
+#include <ovbase/OvRegistryFileStore.h>
+#include <ovwebservice/FolderStudySource.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QLocale>
+#include <QtCore/QUuid>
+
+#include <algorithm>
+
+namespace {
+
+QString inProfile(const KyHostOptions& inOptions, const char* inName)
+{
+    return QDir(inOptions.profile).filePath(QLatin1String(inName));
+}
+
+std::shared_ptr<OvRegistryStore> settingsStore(const KyHostOptions& inOptions)
+{
+    if (inOptions.profile.isEmpty())
+        return nullptr;
+    QDir().mkpath(inOptions.profile);
+    return std::make_shared<OvRegistryFileStore>(inProfile(inOptions, "settings"));
+}
+
+std::unique_ptr<KyWorklistStore> worklistStore(const KyHostOptions& inOptions)
+{
+    if (inOptions.profile.isEmpty())
+        return std::make_unique<KyMemoryWorklistStore>();
+    return std::make_unique<KyFileWorklistStore>(inProfile(inOptions, "worklist.json"));
+}
+
+std::unique_ptr<KyReportLockStore> reportLockStore(const KyHostOptions& inOptions)
+{
+    if (inOptions.profile.isEmpty())
+        return std::make_unique<KyMemoryReportLockStore>();
+    return std::make_unique<KyFileReportLockStore>(inProfile(inOptions, "report-locks.json"));
+}
+
+using Entries = std::vector<std::shared_ptr<Ovg::DicomDirectoryEntry>>;
+
+/// The studies of all folders in one order. A study that lies in two folders stands once.
+Entries studiesBelow(const QStringList& inFolders, const Ovg::StudySource::Progress& inProgress,
+                     KyHostPlatform::Loaded& outLoaded)
+{
+    Entries entries;
+    for (const QString& folder : inFolders) {
+        Ovg::StudySourceResult result = Ovg::FolderStudySource(folder).load(inProgress);
+        outLoaded.errors += result.errors;
+        if (result.studies.empty() && result.errors.isEmpty() && !result.cancelled)
+            outLoaded.warnings += QStringLiteral("No DICOM study below %1").arg(folder);
+        for (auto& study : result.studies) {
+            const bool isNew = std::none_of(entries.begin(), entries.end(), [&](const auto& present) {
+                return Ovg::DicomDirectoryEntry::studyEquals(*present, *study);
+            });
+            if (isNew)
+                entries.push_back(std::move(study));
+        }
+        if (result.cancelled)
+            break;
+    }
+    std::stable_sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return *a < *b; });
+    return entries;
+}
+
+} // namespace
+
+KyHostPlatform::KyHostPlatform(const KyHostOptions& inOptions)
+    : mOptions(inOptions)
+    , mRegistry(settingsStore(inOptions))
+    , mWorklist(worklistStore(inOptions))
+    , mReportLocks(reportLockStore(inOptions))
+{
+    mFacts.organizationName = "Ky";
+    mFacts.applicationRegistryName = "Workstation";
+    mFacts.userName = qgetenv("USER").constData();
+    mFacts.sessionId = QUuid::createUuid().toByteArray(QUuid::WithoutBraces).constData();
+    mFacts.language = QLocale().name().left(2).toLatin1().constData();
+    mFacts.proxyHost = inOptions.proxyHost.toLatin1().constData();
+    mFacts.proxyPort = inOptions.proxyPort;
+    KyScriptStudy::worklistDataCB = &KyWorklistHelper::data;
+}
+
+KyHostPlatform::~KyHostPlatform()
+{
+    KyScriptInterface::cleanupInstances();
+    KyScriptStudy::worklistDataCB = nullptr;
+}
+
+QString KyHostPlatform::applyProperties()
+{
+    mPool.setDefaultSerializationPriority(OvRegistry::SessionPriority);
+    QString failed;
+    for (const auto& [id, text] : mOptions.properties) {
+        OvVariant* property = mPool.variant(id.toLatin1().toStdString());
+        if (!property || !property->setValueFromQString(text)) {
+            failed = id;
+            break;
+        }
+    }
+    mPool.setDefaultSerializationPriority(OvRegistry::UserPriority);
+    return failed;
+}
+
+KyHostPlatform::Loaded KyHostPlatform::loadStudies(const Ovg::StudySource::Progress& inProgress)
+{
+    Loaded loaded;
+    Entries primary = studiesBelow(mOptions.studyFolders, inProgress, loaded);
+    Entries additional = studiesBelow(mOptions.additionalFolders, inProgress, loaded);
+    loaded.primary = int(primary.size());
+    loaded.additional = int(additional.size());
+
+    auto* loader = mSession.component<KyLoadHelper>(true);
+    if (!primary.empty())
+        loader->setPrimaryExams(std::move(primary));
+    if (!additional.empty())
+        loader->setAdditionalExams(std::move(additional));
+    return loaded;
+}

@@ -1,0 +1,51 @@
+#include "KyMessageLog.h"
+
+#include <rnlib/RnLogFile.h>
+
+#include <QtCore/QRegularExpression>
+#include <QtCore/qlogging.h>
+
+namespace {
+
+RnLogLevel levelOf(QtMsgType inType)
+{
+    switch (inType) {
+    case QtDebugMsg:
+    case QtInfoMsg:
+        return 1;
+    case QtWarningMsg:
+        return 2;
+    case QtCriticalMsg:
+    case QtFatalMsg:
+        return 3;
+    }
+    return 3;
+}
+
+/// Qt tells of an uncaught error of a handler as "file:dir/a.js:42: ReferenceError: x is not defined".
+bool isHandlerError(const QString& inText)
+{
+    static const QRegularExpression form(QStringLiteral("^(\\S.*|<Unknown File>):\\d+: \\w*(Error|Exception)\\b"));
+    return form.match(inText).hasMatch();
+}
+
+void handle(QtMsgType inType, const QMessageLogContext&, const QString& inText)
+{
+    const bool isScripts = inType == QtWarningMsg && isHandlerError(inText);
+    getTheLogInstance().tracef(isScripts ? 3 : levelOf(inType), isScripts ? "Script Interface" : "Qt", "%s",
+                               inText.toUtf8().constData());
+}
+
+QtMessageHandler sPrevious = nullptr;
+
+} // namespace
+
+KyMessageLog::KyMessageLog()
+{
+    sPrevious = qInstallMessageHandler(handle);
+}
+
+KyMessageLog::~KyMessageLog()
+{
+    qInstallMessageHandler(sPrevious);
+}

@@ -1,0 +1,170 @@
+// kyrun: runs a script with the objects of the workstation, without a window.
+
+#include "KyRunConsole.h"
+#include "KyRunOptions.h"
+#include "KyRunOutput.h"
+#include "KyRunWatchdog.h"
+#include "KyRunner.h"
+
+#include <common/KyHostPlatform.h>
+#include <common/KyMessageLog.h>
+#include <kyscript/KyScriptAbstractEngine.h>
+#include <kyscript/KyScriptInterface.h>
+#include <kyscript/KyScriptProgram.h>
+#include <rnlib/RnLogFileSink.h>
+#include <rnlib/RnLogStreamSink.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QStringDecoder>
+#include <QtWidgets/QApplication>
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+namespace {
+
+constexpr int ScriptFailed = 1;
+constexpr int BadInput = 2;
+
+int fail(const QString& inReason)
+{
+    std::fprintf(stderr, "kyrun: %s\n", qPrintable(inReason));
+    return BadInput;
+}
+
+/// Where the log goes: a file, or standard error. Null, with the reason, for a file that cannot be written.
+std::shared_ptr<RnLogSink> logSink(const QString& inFile, QString& outReason)
+{
+    if (inFile.isEmpty())
+        return std::make_shared<KyRunConsole>();
+    if (inFile == QLatin1String("-"))
+        return std::make_shared<RnLogStreamSink>(stderr);
+    auto sink = std::make_shared<RnLogFileSink>(inFile.toStdString());
+    if (sink->isOpen())
+        return sink;
+    outReason = QStringLiteral("Cannot write the log %1: %2").arg(inFile, QString::fromStdString(sink->errorText()));
+    return nullptr;
+}
+
+/// Tells of the script's uncaught error: place, error and backtrace.
+void tellError(const KyScriptEngine& inEngine, const QJSValue& inError, const QString& inInfo, const QString& inPlace,
+               RnLogSink* inSink)
+{
+    if (auto* console = dynamic_cast<KyRunConsole*>(inSink))
+        console->drop(inEngine.errorMessage(inError, inInfo, nullptr).toLatin1().toStdString());
+    QString text = QStringLiteral("%1:%2: %3\n")
+                       .arg(inPlace, inError.property(QStringLiteral("lineNumber")).toString(), inError.toString());
+    for (const QString& frame : inError.property(QStringLiteral("stack")).toString().split(QLatin1Char('\n')))
+        text += QStringLiteral("    at %1\n").arg(frame);
+    std::fputs(text.toUtf8().constData(), stderr);
+}
+
+/// The text of the script file in UTF-8, without a byte order mark; nothing, with the reason, when it cannot
+/// be read.
+std::optional<QString> readScript(const QString& inFile, QString& outReason)
+{
+    QFile file(inFile);
+    const bool isOpen = inFile == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly)
+                                                     : file.open(QIODevice::ReadOnly);
+    const QByteArray bytes = isOpen ? file.readAll() : QByteArray();
+    if (!isOpen || file.error() != QFileDevice::NoError) {
+        outReason = QStringLiteral("Cannot read the script %1: %2").arg(inFile, file.errorString());
+        return std::nullopt;
+    }
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    QString text = decoder(bytes);
+    if (!decoder.hasError())
+        return text;
+    outReason = QStringLiteral("Cannot read the script %1: it is not UTF-8").arg(inFile);
+    return std::nullopt;
+}
+
+KyScriptProgram programOf(const KyRunOptions& inOptions, const QString& inSource)
+{
+    if (inOptions.hasCode)
+        return KyScriptProgram(inSource, "eval");
+    return KyScriptProgram(inSource, inOptions.scriptFile, 1);
+}
+
+/// Runs the script and stays in the event loop as long as that is wanted. Gives the exit status.
+int run(const KyRunOptions& inOptions, const QString& inSource, RnLogSink* inSink)
+{
+    KyRunner runner(inOptions.arguments, inOptions.keepRunning);
+    auto& facade = KyScriptAbstractInterface::getInstance(inOptions.engine);
+    KyScriptEngine& engine = *facade.jsEngine(true);
+    KyRunOutput::install(engine);
+
+    const KyScriptProgram program = programOf(inOptions, inSource);
+    const QJSValue value = facade.runScript(program, false, false, false);
+    if (value.isError())
+        tellError(engine, value, program.infoString(), inOptions.hasCode ? program.infoString() : inOptions.scriptFile,
+                  inSink);
+    QCoreApplication::processEvents(); // promises that the script has settled
+    if (runner.hasExited())
+        return runner.exitCode();
+    if (value.isError())
+        return ScriptFailed;
+    if (inOptions.isPrinting)
+        KyRunOutput::writeLine(KyRunOutput::textOf(engine, value));
+    return runner.keepRunning() ? QCoreApplication::exec() : 0;
+}
+
+int runOnPlatform(const KyRunOptions& inOptions, const QString& inSource, RnLogSink* inSink)
+{
+    KyHostPlatform platform(inOptions.host);
+    const QString badProperty = platform.applyProperties();
+    if (!badProperty.isEmpty())
+        return fail(QStringLiteral("There is no property %1 that takes this text").arg(badProperty));
+
+    const KyHostPlatform::Loaded loaded = platform.loadStudies();
+    if (!loaded.errors.isEmpty())
+        return fail(loaded.errors.first());
+    for (const QString& warning : loaded.warnings)
+        getTheLogInstance().tracef(2, "Studies", "%s", warning.toUtf8().constData());
+    return run(inOptions, inSource, inSink);
+}
+
+/// A script may have no display: without one, windows are drawn into memory.
+void chooseDisplay()
+{
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qEnvironmentVariableIsSet("DISPLAY") ||
+        qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
+        return;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    chooseDisplay();
+    QApplication application(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Ky"));
+    QCoreApplication::setApplicationName(QStringLiteral("kyrun"));
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    KyRunOptions options;
+    QString text;
+    switch (options.parse(QCoreApplication::arguments(), text)) {
+    case KyRunOptions::Outcome::Run:
+        break;
+    case KyRunOptions::Outcome::Help:
+    case KyRunOptions::Outcome::Version:
+        std::fputs(qPrintable(text), stdout);
+        return 0;
+    case KyRunOptions::Outcome::Bad:
+        return fail(text);
+    }
+
+    const auto sink = logSink(options.logFile, text);
+    if (!sink)
+        return fail(text);
+    getTheLogInstance().addSink(sink, options.logFile.isEmpty() ? 2 : 0);
+    const KyMessageLog messages;
+    const auto source = options.hasCode ? std::optional(options.code) : readScript(options.scriptFile, text);
+    if (!source)
+        return fail(text);
+    const KyRunWatchdog watchdog(options.timeoutSeconds);
+    return runOnPlatform(options, *source, sink.get());
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <typeindex>
+#include <utility>
+#include <vector>
+
+class KySessionContext;
+
+/// Base of what belongs to a session: its studies, its worklist, its reports.
+///
+/// A component class T offers `static std::unique_ptr<T> create(KySessionContext&)`, which may give null
+/// when the session can't have one.
+class KySessionComponent
+{
+public:
+    KySessionComponent() = default;
+    virtual ~KySessionComponent();
+    KySessionComponent(const KySessionComponent&) = delete;
+    KySessionComponent& operator=(const KySessionComponent&) = delete;
+};
+
+/// The session on the screen, as the owner of its components.
+///
+/// Somebody's object: construction makes it the current one, destruction ends that and deletes the
+/// components, the youngest first. GUI thread only.
+class KySessionContext
+{
+public:
+    KySessionContext();
+    ~KySessionContext();
+    KySessionContext(const KySessionContext&) = delete;
+    KySessionContext& operator=(const KySessionContext&) = delete;
+
+    /// Null when there is no session.
+    static KySessionContext* currentInstance();
+
+    /// The component of class \a T, which the context owns. With \a inCreate a missing one is made by
+    /// T::create; null when it is missing and that is not wanted or gives none. After a null the next call
+    /// tries again.
+    template <class T>
+    T* component(bool inCreate)
+    {
+        if (KySessionComponent* present = find(typeid(T)))
+            return static_cast<T*>(present);
+        return inCreate ? insert(T::create(*this)) : nullptr;
+    }
+
+private:
+    KySessionComponent* find(std::type_index inType) const;
+    void append(std::type_index inType, std::unique_ptr<KySessionComponent> inComponent);
+
+    template <class T>
+    T* insert(std::unique_ptr<T> inComponent)
+    {
+        T* const component = inComponent.get();
+        if (component)
+            append(typeid(T), std::move(inComponent));
+        return component;
+    }
+
+    std::vector<std::pair<std::type_index, std::unique_ptr<KySessionComponent>>> mComponents;
+};

@@ -1,0 +1,17 @@
+#include "KyTool.h"
+
+namespace {
+
+bool sTriggeredByScript = false;
+
+} // namespace
+
+void KyTool::setTriggeredByScript(bool inTriggered)
+{
+    sTriggeredByScript = inTriggered;
+}
+
+bool KyTool::triggeredByScript()
+{
+    return sTriggeredByScript;
+}

@@ -1,0 +1,8 @@
+#include "OvVolume.h"
+
+OvVolume::OvVolume(std::unique_ptr<OvDBMetaInfo> inDbMetaInfo)
+    : mDbMetaInfo(std::move(inDbMetaInfo))
+{
+}
+
+OvVolume::~OvVolume() = default;

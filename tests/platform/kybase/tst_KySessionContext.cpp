@@ -1,0 +1,137 @@
+#include <kybase/KySessionContext.h>
+
+#include <QStringList>
+#include <QTest>
+
+namespace {
+
+QStringList sEnded;
+int sRefusals = 0;
+
+class First final : public KySessionComponent
+{
+public:
+    static std::unique_ptr<First> create(KySessionContext&) { return std::make_unique<First>(); }
+    ~First() override { sEnded += QStringLiteral("First"); }
+};
+
+/// Leans on First.
+class Second final : public KySessionComponent
+{
+public:
+    explicit Second(First* inFirst)
+        : first(inFirst)
+    {
+    }
+    static std::unique_ptr<Second> create(KySessionContext& inContext)
+    {
+        return std::make_unique<Second>(inContext.component<First>(true));
+    }
+    ~Second() override { sEnded += QStringLiteral("Second"); }
+
+    First* const first;
+};
+
+class Refused final : public KySessionComponent
+{
+public:
+    static std::unique_ptr<Refused> create(KySessionContext&)
+    {
+        ++sRefusals;
+        return nullptr;
+    }
+};
+
+} // namespace
+
+class tst_KySessionContext : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void thereIsNoSessionAtFirst();
+    void constructionBeginsAndDestructionEndsTheSession();
+    void theEndOfAnOlderSessionLeavesTheNewerOne();
+    void aMissingComponentIsMadeOnlyOnDemand();
+    void aComponentIsMadeOnce();
+    void componentsAreToldApartByClass();
+    void aClassMayRefuseAndIsAskedAgain();
+    void componentsEndWithTheirSessionYoungestFirst();
+};
+
+void tst_KySessionContext::init()
+{
+    sEnded.clear();
+    sRefusals = 0;
+}
+
+void tst_KySessionContext::thereIsNoSessionAtFirst()
+{
+    QCOMPARE(KySessionContext::currentInstance(), nullptr);
+}
+
+void tst_KySessionContext::constructionBeginsAndDestructionEndsTheSession()
+{
+    {
+        KySessionContext context;
+        QCOMPARE(KySessionContext::currentInstance(), &context);
+    }
+    QCOMPARE(KySessionContext::currentInstance(), nullptr);
+}
+
+void tst_KySessionContext::theEndOfAnOlderSessionLeavesTheNewerOne()
+{
+    auto older = std::make_unique<KySessionContext>();
+    KySessionContext newer;
+    older.reset();
+    QCOMPARE(KySessionContext::currentInstance(), &newer);
+}
+
+void tst_KySessionContext::aMissingComponentIsMadeOnlyOnDemand()
+{
+    KySessionContext context;
+    QCOMPARE(context.component<First>(false), nullptr);
+    QVERIFY(context.component<First>(true));
+    QVERIFY(context.component<First>(false));
+}
+
+void tst_KySessionContext::aComponentIsMadeOnce()
+{
+    KySessionContext context;
+    First* const first = context.component<First>(true);
+    QCOMPARE(context.component<First>(true), first);
+    QCOMPARE(context.component<First>(false), first);
+}
+
+void tst_KySessionContext::componentsAreToldApartByClass()
+{
+    KySessionContext context;
+    Second* const second = context.component<Second>(true);
+    First* const first = context.component<First>(false);
+    QVERIFY(first);
+    QCOMPARE(second->first, first);
+    QCOMPARE(context.component<Second>(true), second);
+}
+
+void tst_KySessionContext::aClassMayRefuseAndIsAskedAgain()
+{
+    KySessionContext context;
+    QCOMPARE(context.component<Refused>(true), nullptr);
+    QCOMPARE(context.component<Refused>(false), nullptr);
+    QCOMPARE(context.component<Refused>(true), nullptr);
+    QCOMPARE(sRefusals, 2);
+}
+
+void tst_KySessionContext::componentsEndWithTheirSessionYoungestFirst()
+{
+    {
+        KySessionContext context;
+        context.component<Second>(true);
+        QVERIFY(sEnded.isEmpty());
+    }
+    QCOMPARE(sEnded, QStringList({QStringLiteral("Second"), QStringLiteral("First")}));
+}
+
+QTEST_APPLESS_MAIN(tst_KySessionContext)
+#include "tst_KySessionContext.moc"
