@@ -51,7 +51,8 @@ void addConstruction()
             QJSValue global = engine.globalObject();
             auto* scope = new GlobalScope(&engine);
             benchmark::DoNotOptimize(scope);
-            global.setProperty(QStringLiteral("StudyList"), engine.newQObject(new KyScriptStudyList(&engine)));
+            global.setProperty(QStringLiteral("StudyList"),
+                               engine.newQObject(new KyScriptStudyList(&engine)));
             global.setProperty(QStringLiteral("Message"), engine.newQObject(new KyScriptMessage(&engine)));
             global.setProperty(QStringLiteral("Global"), engine.newObject());
         }
@@ -76,9 +77,12 @@ void addGetTag()
         const std::string name = "1000 x getTag DICOM." + std::string(tag);
         benchmark::RegisterBenchmark(name.c_str(), [tag](benchmark::State& state) {
             Ovg::DicomHeader header;
-            header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("StudyInstanceUID")), QStringLiteral("1.2.3"));
-            header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("StudyDate")), QStringLiteral("20240229"));
-            header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("PatientName")), QStringLiteral("Doe^Jane"));
+            header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("StudyInstanceUID")),
+                           QStringLiteral("1.2.3"));
+            header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("StudyDate")),
+                           QStringLiteral("20240229"));
+            header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("PatientName")),
+                           QStringLiteral("Doe^Jane"));
             KyScriptStudy study(std::make_shared<Ovg::DicomDirectoryEntry>(header));
             measureCalls(state, &study, QStringLiteral("DICOM.") + QLatin1String(tag));
         });
@@ -127,13 +131,14 @@ void measureExternals(benchmark::State& state, int inCount)
 {
     std::vector<std::unique_ptr<KyScriptExternalObject>> objects;
     for (int i = 0; i < inCount; ++i)
-        objects.push_back(std::make_unique<KyScriptExternalObject>(nullptr, QStringLiteral("external%1").arg(i),
-                                                                   ScriptExternalKindA));
+        objects.push_back(std::make_unique<KyScriptExternalObject>(
+            nullptr, QStringLiteral("external%1").arg(i), ScriptExternalKindA));
     KyScriptEngine engine(nullptr, -1);
     QString source;
     for (int i = 0; i < 12; ++i)
-        source += QStringLiteral("function f%1(a, b) { var s = 'x' + a; if (b > %1) { s += b * 2; } return s; }\n")
-                      .arg(i);
+        source +=
+            QStringLiteral("function f%1(a, b) { var s = 'x' + a; if (b > %1) { s += b * 2; } return s; }\n")
+                .arg(i);
     const KyScriptProgram program(source, QString(), -1);
     for (auto _ : state)
         benchmark::DoNotOptimize(engine.runScript(program, false, false));

@@ -22,8 +22,9 @@ QString sourceOf(int inBytes)
 {
     QString source;
     for (int i = 0; source.size() < inBytes; ++i)
-        source += QStringLiteral("function f%1(a, b) { var s = 'x' + a; if (b > %1) { s += b * 2; } return s; }\n")
-                      .arg(i);
+        source +=
+            QStringLiteral("function f%1(a, b) { var s = 'x' + a; if (b > %1) { s += b * 2; } return s; }\n")
+                .arg(i);
     return source + QStringLiteral("f0(1, 2)");
 }
 
@@ -35,7 +36,8 @@ struct World
 
 void setLogLines(int inLines)
 {
-    auto* property = static_cast<OvProperty<int>*>(OvPropertyPool::instance()->variant("Scripting.LogNumLines"));
+    auto* property =
+        static_cast<OvProperty<int>*>(OvPropertyPool::instance()->variant("Scripting.LogNumLines"));
     property->value = inLines;
 }
 
@@ -47,10 +49,12 @@ void fillGlobal(int inKeys)
     for (auto it = old.begin(); it != old.end(); ++it)
         store.setValue(it.key(), QVariant());
     for (int i = 0; i < inKeys; ++i)
-        store.setValue(QStringLiteral("key%1").arg(i), i % 2 ? QVariant(i) : QVariant(QStringLiteral("text")));
+        store.setValue(QStringLiteral("key%1").arg(i),
+                       i % 2 ? QVariant(i) : QVariant(QStringLiteral("text")));
 }
 
-void addRun(const std::string& inName, const std::string& inGoal, const QString& inSource, int inLines, int inKeys)
+void addRun(const std::string& inName, const std::string& inGoal, const QString& inSource, int inLines,
+            int inKeys)
 {
     benchmark::RegisterBenchmark((inName + inGoal).c_str(), [=](benchmark::State& state) {
         setLogLines(inLines);

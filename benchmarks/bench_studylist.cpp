@@ -26,7 +26,8 @@ Entry study(int inNumber)
     header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("PatientName")),
                    QStringLiteral("Patient%1^Name").arg(inNumber / 3, 6, 10, QLatin1Char('0')));
     header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("PatientID")), QString::number(inNumber / 3));
-    header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("StudyInstanceUID")), QStringLiteral("1.2.3.%1").arg(inNumber));
+    header.setText(Ovg::DicomTagPath::fromText(QStringLiteral("StudyInstanceUID")),
+                   QStringLiteral("1.2.3.%1").arg(inNumber));
     return std::make_shared<Ovg::DicomDirectoryEntry>(header);
 }
 
@@ -105,19 +106,25 @@ int main(int argc, char** argv)
         for (const int count : {10, 1000, 100000}) {
             const auto lists = std::make_shared<Lists>(count, shuffled);
             const std::string of = " of " + std::to_string(count) + (shuffled ? ", unsorted" : ", sorted");
-            add("unite" + of, &KyScriptStudyList::unite,
+            add(
+                "unite" + of, &KyScriptStudyList::unite,
                 [](const Entries& a, const Entries& b, Entries& r) {
-                    std::set_union(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(r), Lists::less);
+                    std::set_union(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(r),
+                                   Lists::less);
                 },
                 lists, shuffled);
-            add("subtract" + of, &KyScriptStudyList::subtract,
+            add(
+                "subtract" + of, &KyScriptStudyList::subtract,
                 [](const Entries& a, const Entries& b, Entries& r) {
-                    std::set_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(r), Lists::less);
+                    std::set_difference(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(r),
+                                        Lists::less);
                 },
                 lists, shuffled);
-            add("intersect" + of, &KyScriptStudyList::intersect,
+            add(
+                "intersect" + of, &KyScriptStudyList::intersect,
                 [](const Entries& a, const Entries& b, Entries& r) {
-                    std::set_intersection(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(r), Lists::less);
+                    std::set_intersection(a.begin(), a.end(), b.begin(), b.end(), std::back_inserter(r),
+                                          Lists::less);
                 },
                 lists, shuffled);
         }

@@ -34,7 +34,9 @@ private:
 
 struct NoteClass : KyScriptExternalMetaObject
 {
-    NoteClass() : KyScriptExternalMetaObject(nullptr, QStringLiteral("Note"), &Note::staticMetaObject) {}
+    NoteClass()
+        : KyScriptExternalMetaObject(nullptr, QStringLiteral("Note"), &Note::staticMetaObject)
+    {}
     ~NoteClass() override = default;
 };
 
@@ -48,12 +50,13 @@ int main(int argc, char** argv)
     NoteClass noteClass;
 
     KyScriptRunner runner;
-    const KyScriptProgram definitions(QStringLiteral("function greet(name, times) {"
-                                                     "  var note = new Note();"
-                                                     "  note.text = 'Hello ' + name + ' from ' + Host.objectName;"
-                                                     "  for (var i = 0; i < times; ++i) Desk.say(note.text);"
-                                                     "  return times; }"),
-                                      "greetings");
+    const KyScriptProgram definitions(
+        QStringLiteral("function greet(name, times) {"
+                       "  var note = new Note();"
+                       "  note.text = 'Hello ' + name + ' from ' + Host.objectName;"
+                       "  for (var i = 0; i < times; ++i) Desk.say(note.text);"
+                       "  return times; }"),
+        "greetings");
     if (!runner.initEngine(ScriptExternalKindA | ScriptExternalMetaObjects, definitions))
         return 1;
     runner.createCurrentContext();

@@ -29,7 +29,7 @@ function printTable(rows) {
         return Math.max.apply(null, rows.map(function (cells) { return cells[column].length; }));
     });
     rows.forEach(function (cells) {
-        print(cells.map(function (cell, column) { return cell.padEnd(widths[column]); }).join("  ").trimEnd());
+        print(cells.map(function (cell, column) { return cell.padEnd(widths[column]); }).join("  ").replace(/ +$/, ""));
     });
 }
 

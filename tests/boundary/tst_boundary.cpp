@@ -26,8 +26,7 @@ class ThingClass : public KyScriptExternalMetaObject
 public:
     ThingClass()
         : KyScriptExternalMetaObject(nullptr, "Thing", &Thing::staticMetaObject)
-    {
-    }
+    {}
     ~ThingClass() override = default;
 };
 
@@ -57,7 +56,8 @@ void tst_boundary::namedEngineRunsAScript()
 void tst_boundary::facadeReportsErrorsAsText()
 {
     auto& facade = KyScriptAbstractInterface::getInstance("boundary");
-    const QJSValue error = facade.runScript(KyScriptProgram("throw new Error('x')", "a.js", 3), false, false, false);
+    const QJSValue error =
+        facade.runScript(KyScriptProgram("throw new Error('x')", "a.js", 3), false, false, false);
     QString message;
     QCOMPARE(facade.errorMessage(error, "here", &message),
              QString("Uncaught exception in here\nException: x\nLine: 3\nBacktrace:\n%entry@file:a.js:3"));
@@ -85,7 +85,8 @@ void tst_boundary::externalObjectAndClassReachScripts()
     const ThingClass thingClass;
     KyScriptExternalObject object(nullptr, "boundaryObject", ScriptExternalKindA);
     KyScriptEngine engine(nullptr, -1);
-    QCOMPARE(engine.runScript(KyScriptProgram("return new Thing().seven() + typeof boundaryObject", "x")).toString(),
+    QCOMPARE(engine.runScript(KyScriptProgram("return new Thing().seven() + typeof boundaryObject", "x"))
+                 .toString(),
              QString("7object"));
 }
 
@@ -102,10 +103,12 @@ void tst_boundary::nothingButTheBoundaryIsExported()
     nm.start("nm", {"-DC", "--defined-only", KYSCRIPT_LIBRARY});
     QVERIFY2(nm.waitForFinished(), "nm is part of the compiler's package");
     const QString symbols = QString::fromUtf8(nm.readAllStandardOutput());
-    for (const char* exported : {"KyScriptEngine::runScript", "KyScriptProgram::extractScript", "KyScriptRunner::initEngine",
-                                 "KyScriptExternalObject::registerExternalCreator", "KyScriptStudy::worklistDataCB"})
+    for (const char* exported :
+         {"KyScriptEngine::runScript", "KyScriptProgram::extractScript", "KyScriptRunner::initEngine",
+          "KyScriptExternalObject::registerExternalCreator", "KyScriptStudy::worklistDataCB"})
         QVERIFY2(symbols.contains(exported), exported);
-    for (const char* hidden : {"KyScriptGlobalLink", "KyScriptMessage::show", "KyScriptStudyOrder", "KyScriptRunLog"})
+    for (const char* hidden :
+         {"KyScriptGlobalLink", "KyScriptMessage::show", "KyScriptStudyOrder", "KyScriptRunLog"})
         QVERIFY2(!symbols.contains(hidden), hidden);
 }
 

@@ -44,7 +44,9 @@ QDomElement firstScript(QDomDocument& outDocument, const char* inXml)
 QString stackOf(const KyScriptProgram& inProgram)
 {
     KyScriptEngine engine(nullptr, 0);
-    return engine.runScript(inProgram, inProgram.isolatedContext()).property(QStringLiteral("stack")).toString();
+    return engine.runScript(inProgram, inProgram.isolatedContext())
+        .property(QStringLiteral("stack"))
+        .toString();
 }
 
 } // namespace
@@ -125,7 +127,8 @@ void tst_KyScriptProgram::scriptOfAnElementIsTrimmedAndNumbered_data()
     QTest::addColumn<int>("line");
 
     QTest::newRow("text on the line of the tag") << QByteArray("<x>\n<s>a()</s></x>") << "a()" << 2;
-    QTest::newRow("text below the tag") << QByteArray("<x>\n<s>\n\n  a()\nb()  \n</s></x>") << "a()\nb()" << 4;
+    QTest::newRow("text below the tag")
+        << QByteArray("<x>\n<s>\n\n  a()\nb()  \n</s></x>") << "a()\nb()" << 4;
     QTest::newRow("text below the tag, CRLF") << QByteArray("<x>\r\n<s>\r\n\r\na()</s></x>") << "a()" << 4;
     QTest::newRow("CDATA behind the tag") << QByteArray("<x>\n<s><![CDATA[a()]]></s></x>") << "a()" << 3;
     QTest::newRow("CDATA with line breaks at its head")

@@ -29,7 +29,10 @@ public:
         inEngine.globalObject().setProperty(QStringLiteral("host"), inEngine.newQObject(this));
     }
 
-    Q_INVOKABLE QJSValue run(QString inSource) { return mEngine.runScript(KyScriptProgram(inSource, "inner"), false, false, false); }
+    Q_INVOKABLE QJSValue run(QString inSource)
+    {
+        return mEngine.runScript(KyScriptProgram(inSource, "inner"), false, false, false);
+    }
     Q_INVOKABLE bool triggered() { return KyTool::triggeredByScript(); }
     Q_INVOKABLE void fail(QString inText) { mEngine.throwError(inText); }
     Q_INVOKABLE QString failThenRun(QString inText, QString inSource)
@@ -54,8 +57,7 @@ class Counter : public KyScriptExternalObject
 public:
     Counter(const QString& inName, int inKind)
         : KyScriptExternalObject(nullptr, inName, inKind)
-    {
-    }
+    {}
     void clear() override { ++cleared; }
     int cleared = 0;
 };
@@ -152,7 +154,8 @@ KyScriptProgram program(const QString& inSource, const char* inInfo = nullptr)
 /// The lines without the one about the duration, which a slow machine adds to any run.
 QStringList runLines(LogCapture& ioLog)
 {
-    return ioLog.take().filter(QRegularExpression(QStringLiteral("^(?!1\\|Script Interface\\|Executed script )")));
+    return ioLog.take().filter(
+        QRegularExpression(QStringLiteral("^(?!1\\|Script Interface\\|Executed script )")));
 }
 
 } // namespace
@@ -173,7 +176,8 @@ void tst_KyScriptRun::cleanup()
 
 void tst_KyScriptRun::setLogLines(int inLines)
 {
-    auto* property = dynamic_cast<OvProperty<int>*>(OvPropertyPool::instance()->variant("Scripting.LogNumLines"));
+    auto* property =
+        dynamic_cast<OvProperty<int>*>(OvPropertyPool::instance()->variant("Scripting.LogNumLines"));
     QVERIFY(property);
     property->value = inLines;
 }
@@ -302,11 +306,13 @@ void tst_KyScriptRun::syntaxErrorIsReturnedAndLoggedWithItsLine()
     KyScriptEngine engine(nullptr, 0);
     setLogLines(0);
     LogCapture log;
-    const QJSValue result = engine.runScript(KyScriptProgram(fresh("var a;\nvar b;\nvar = 3;"), "a.js", 1), false);
+    const QJSValue result =
+        engine.runScript(KyScriptProgram(fresh("var a;\nvar b;\nvar = 3;"), "a.js", 1), false);
     QVERIFY(result.isError());
     const QStringList lines = log.take();
     QCOMPARE(lines.size(), 1);
-    QVERIFY2(lines.first().startsWith("3|Script Interface|Uncaught JavaScript Exception\nException: Expected token"),
+    QVERIFY2(lines.first().startsWith(
+                 "3|Script Interface|Uncaught JavaScript Exception\nException: Expected token"),
              qPrintable(lines.first()));
     QVERIFY2(lines.first().contains("\nLine: 3\n"), qPrintable(lines.first()));
 }
@@ -382,16 +388,25 @@ void tst_KyScriptRun::firstRunLogsLinesOfTheSource_data()
     QTest::addColumn<int>("lines");
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("logged");
-    QTest::newRow("one of three") << 1 << "a=1\nb=2\nc=3" << "a=1\n...";
-    QTest::newRow("one without a break") << 1 << "a=1" << "a=1";
-    QTest::newRow("two of one without a break") << 2 << "a=1" << "a=1";
-    QTest::newRow("two of exactly two that end in a break") << 2 << "a=1\nb=2\n" << "a=1\nb=2\n...";
-    QTest::newRow("two of two without a last break") << 2 << "a=1\nb=2" << "a=1\nb=2";
-    QTest::newRow("all") << -1 << "a=1\nb=2\nc=3\n" << "a=1\nb=2\nc=3\n";
-    QTest::newRow("CRLF becomes LF") << 2 << "a=1\r\nb=2\r\nc=3" << "a=1\nb=2\n...";
-    QTest::newRow("all with CRLF") << -5 << "a=1\r\nb=2" << "a=1\nb=2";
+    QTest::newRow("one of three") << 1 << "a=1\nb=2\nc=3"
+                                  << "a=1\n...";
+    QTest::newRow("one without a break") << 1 << "a=1"
+                                         << "a=1";
+    QTest::newRow("two of one without a break") << 2 << "a=1"
+                                                << "a=1";
+    QTest::newRow("two of exactly two that end in a break") << 2 << "a=1\nb=2\n"
+                                                            << "a=1\nb=2\n...";
+    QTest::newRow("two of two without a last break") << 2 << "a=1\nb=2"
+                                                     << "a=1\nb=2";
+    QTest::newRow("all") << -1 << "a=1\nb=2\nc=3\n"
+                         << "a=1\nb=2\nc=3\n";
+    QTest::newRow("CRLF becomes LF") << 2 << "a=1\r\nb=2\r\nc=3"
+                                     << "a=1\nb=2\n...";
+    QTest::newRow("all with CRLF") << -5 << "a=1\r\nb=2"
+                                   << "a=1\nb=2";
     QTest::newRow("outside Latin-1") << 1 << QString::fromUtf8("a='ü€'") << QString::fromUtf8("a='ü?'");
-    QTest::newRow("empty line first") << 1 << "\na=1" << "\n...";
+    QTest::newRow("empty line first") << 1 << "\na=1"
+                                      << "\n...";
 }
 
 void tst_KyScriptRun::firstRunLogsLinesOfTheSource()
@@ -488,7 +503,8 @@ void tst_KyScriptRun::longRunLogsItsDuration()
     LogCapture log;
     engine.runScript(program(source));
     const QString last = log.take().value(1);
-    const QRegularExpression form("^1\\|Script Interface\\|Executed script (\\{[-0-9a-f]{36}\\}) in (\\d+) ms$");
+    const QRegularExpression form(
+        "^1\\|Script Interface\\|Executed script (\\{[-0-9a-f]{36}\\}) in (\\d+) ms$");
     const auto match = form.match(last);
     QVERIFY2(match.hasMatch(), qPrintable(last));
     QCOMPARE(match.captured(1), identity(source.toLatin1()));
@@ -530,8 +546,9 @@ void tst_KyScriptRun::lineCountsAlsoWithoutAFile()
     KyScriptEngine engine(nullptr, 0);
     LogCapture log(3);
     engine.runScript(KyScriptProgram(fresh("throw new Error('x')"), QString(), 12), false);
-    QCOMPARE(log.take(), QStringList("3|Script Interface|Uncaught JavaScript Exception\nException: x\nLine: 12\n"
-                                     "Backtrace:\n%entry@:12"));
+    QCOMPARE(log.take(),
+             QStringList("3|Script Interface|Uncaught JavaScript Exception\nException: x\nLine: 12\n"
+                         "Backtrace:\n%entry@:12"));
 }
 
 void tst_KyScriptRun::toolMarkIsSetDuringTheRun()
@@ -549,8 +566,10 @@ void tst_KyScriptRun::endOfANestedRunEndsTheToolMark()
 {
     KyScriptEngine engine(nullptr, 0);
     Host host(engine);
-    QCOMPARE(engine.runScript(program(fresh("var inner = host.run('host.triggered()');"
-                                            "return inner + ' ' + host.triggered()"))).toString(),
+    QCOMPARE(engine
+                 .runScript(program(fresh("var inner = host.run('host.triggered()');"
+                                          "return inner + ' ' + host.triggered()")))
+                 .toString(),
              QStringLiteral("true false"));
 }
 
@@ -560,16 +579,23 @@ void tst_KyScriptRun::errorMessageIsFilledInOrder_data()
     QTest::addColumn<QString>("info");
     QTest::addColumn<QString>("text");
     const QString place = "Line: 4\nBacktrace:\n%entry@file:a.js:4";
-    QTest::newRow("without info") << "boom" << ""
+    QTest::newRow("without info") << "boom"
+                                  << ""
                                   << "Uncaught JavaScript Exception\nException: boom\n" + place;
-    QTest::newRow("with info") << "boom" << "Report"
+    QTest::newRow("with info") << "boom"
+                               << "Report"
                                << "Uncaught exception in Report\nException: boom\n" + place;
-    QTest::newRow("empty message") << "" << "" << "Uncaught JavaScript Exception\nException: \n" + place;
+    QTest::newRow("empty message") << ""
+                                   << ""
+                                   << "Uncaught JavaScript Exception\nException: \n" + place;
     QTest::newRow("marker for the line")
-        << "a %2 b" << "" << "Uncaught JavaScript Exception\nException: a 4 b\nLine: 4\nBacktrace:\n%entry@file:a.js:4";
-    QTest::newRow("marker for the stack")
-        << "a %3 b" << ""
-        << "Uncaught JavaScript Exception\nException: a %entry@file:a.js:4 b\nLine: 4\nBacktrace:\n%entry@file:a.js:4";
+        << "a %2 b"
+        << ""
+        << "Uncaught JavaScript Exception\nException: a 4 b\nLine: 4\nBacktrace:\n%entry@file:a.js:4";
+    QTest::newRow("marker for the stack") << "a %3 b"
+                                          << ""
+                                          << "Uncaught JavaScript Exception\nException: a %entry@file:a.js:4 "
+                                             "b\nLine: 4\nBacktrace:\n%entry@file:a.js:4";
 }
 
 void tst_KyScriptRun::errorMessageIsFilledInOrder()
@@ -588,8 +614,8 @@ void tst_KyScriptRun::errorMessageIsFilledInOrder()
 void tst_KyScriptRun::errorMessageOfNoErrorIsEmpty_data()
 {
     QTest::addColumn<QString>("source");
-    for (const char* source : {"undefined", "null", "1", "'Error'", "({message: 'x', lineNumber: 1})",
-                               "throw 'x'", "throw 5"})
+    for (const char* source :
+         {"undefined", "null", "1", "'Error'", "({message: 'x', lineNumber: 1})", "throw 'x'", "throw 5"})
         QTest::newRow(source) << source;
 }
 
@@ -609,8 +635,9 @@ void tst_KyScriptRun::logExceptionTellsWhetherThereWasOne()
     QVERIFY(!engine.logException("Ctx", QJSValue(5), "info"));
     QCOMPARE(log.take(), QStringList());
     QVERIFY(engine.logException("Ctx", engine.evaluate("throw new Error('ü€')"), "info"));
-    QCOMPARE(log.take(), QStringList(QString::fromUtf8("3|Ctx|Uncaught exception in info\nException: ü?\nLine: 1\n"
-                                                       "Backtrace:\n%entry@:1")));
+    QCOMPARE(log.take(),
+             QStringList(QString::fromUtf8("3|Ctx|Uncaught exception in info\nException: ü?\nLine: 1\n"
+                                           "Backtrace:\n%entry@:1")));
 }
 
 void tst_KyScriptRun::everyScriptCountsAsValid()
@@ -634,10 +661,13 @@ void tst_KyScriptRun::errorOfANestedRunStaysInIt()
     KyScriptEngine engine(nullptr, 0);
     Host host(engine);
     LogCapture log(3);
-    QCOMPARE(engine.runScript(program(fresh("var e = host.run(\"throw new Error('inner')\"); return e.message"))).toString(),
-             QStringLiteral("inner"));
+    QCOMPARE(
+        engine.runScript(program(fresh("var e = host.run(\"throw new Error('inner')\"); return e.message")))
+            .toString(),
+        QStringLiteral("inner"));
     QCOMPARE(log.lines().size(), 1);
-    QVERIFY(log.take().first().startsWith("3|Script Interface|Uncaught exception in inner\nException: inner\n"));
+    QVERIFY(
+        log.take().first().startsWith("3|Script Interface|Uncaught exception in inner\nException: inner\n"));
 }
 
 void tst_KyScriptRun::nestedRunIsNotStrictUnderAStrictFunction()
@@ -659,15 +689,18 @@ void tst_KyScriptRun::pendingErrorOfTheHostIsLoggedAndDoesNotStopARun()
     const QStringList lines = log.take();
     QCOMPARE(lines.size(), 1);
     QVERIFY2(lines.first().startsWith("3|Script Interface|Uncaught exception in host code before the run\n"
-                                      "Exception: left by the host\n"), qPrintable(lines.first()));
+                                      "Exception: left by the host\n"),
+             qPrintable(lines.first()));
 }
 
 void tst_KyScriptRun::errorThrownBeforeANestedRunReachesTheOuterScript()
 {
     KyScriptEngine engine(nullptr, 0);
     Host host(engine);
-    QCOMPARE(engine.runScript(program(fresh("try { host.failThenRun('mine', 'ran = 1'); return 'passed' }"
-                                            "catch (e) { return e.message + ran }"))).toString(),
+    QCOMPARE(engine
+                 .runScript(program(fresh("try { host.failThenRun('mine', 'ran = 1'); return 'passed' }"
+                                          "catch (e) { return e.message + ran }")))
+                 .toString(),
              QStringLiteral("mine1"));
 }
 
@@ -677,7 +710,8 @@ void tst_KyScriptRun::runInsideANestedEventLoopWorks()
     Host host(engine);
     QJSValue inner;
     QTimer::singleShot(0, &host, [&] { inner = engine.runScript(program(fresh("throw new Error('x')"))); });
-    QCOMPARE(engine.runScript(program(fresh("host.spin(30); return 'outer'"))).toString(), QStringLiteral("outer"));
+    QCOMPARE(engine.runScript(program(fresh("host.spin(30); return 'outer'"))).toString(),
+             QStringLiteral("outer"));
     QVERIFY(inner.isError());
 }
 

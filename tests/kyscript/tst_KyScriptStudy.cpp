@@ -111,7 +111,8 @@ void tst_KyScriptStudy::tagsAreReadByTheirNames()
 {
     QFETCH(QString, name);
     QFETCH(QVariant, value);
-    const KyScriptStudy study(KyTestPlatform::studyWith({{"StudyInstanceUID", "1.2.3"}, {"SeriesNumber", "4"}}));
+    const KyScriptStudy study(
+        KyTestPlatform::studyWith({{"StudyInstanceUID", "1.2.3"}, {"SeriesNumber", "4"}}));
     const QVariant read = study.getTag(name);
     QCOMPARE(read.isValid(), value.isValid());
     QCOMPARE(read, value);
@@ -122,10 +123,12 @@ void tst_KyScriptStudy::dateArrivesInScriptsAsLocalMidnight()
     KyScriptEngine engine(nullptr, 0);
     KyScriptStudy study(KyTestPlatform::studyWith({{"StudyDate", "20240331"}}));
     publish(engine, study);
-    QCOMPARE(engine.evaluate("var d = study.getTag('DICOM.StudyDate');"
-                             "[d instanceof Date, d.getFullYear(), d.getMonth(), d.getDate(), d.getHours()].join()")
-                 .toString(),
-             QStringLiteral("true,2024,2,31,0"));
+    QCOMPARE(
+        engine
+            .evaluate("var d = study.getTag('DICOM.StudyDate');"
+                      "[d instanceof Date, d.getFullYear(), d.getMonth(), d.getDate(), d.getHours()].join()")
+            .toString(),
+        QStringLiteral("true,2024,2,31,0"));
 }
 
 void tst_KyScriptStudy::timeArrivesInScriptsAsAnObjectThatPrints()
@@ -133,7 +136,8 @@ void tst_KyScriptStudy::timeArrivesInScriptsAsAnObjectThatPrints()
     KyScriptEngine engine(nullptr, 0);
     KyScriptStudy study(KyTestPlatform::studyWith({{"StudyTime", "140509.12"}}));
     publish(engine, study);
-    QCOMPARE(engine.evaluate("String(study.getTag('DICOM.StudyTime'))").toString(), QStringLiteral("14:05:09.120"));
+    QCOMPARE(engine.evaluate("String(study.getTag('DICOM.StudyTime'))").toString(),
+             QStringLiteral("14:05:09.120"));
     QVERIFY(!engine.evaluate("guiTime(study.getTag('DICOM.StudyTime'))").toString().isEmpty());
 }
 
@@ -142,8 +146,9 @@ void tst_KyScriptStudy::severalValuesArriveAsAnArray()
     KyScriptEngine engine(nullptr, 0);
     KyScriptStudy study(KyTestPlatform::studyWith({{"ImageType", "ORIGINAL\\PRIMARY\\AXIAL"}}));
     publish(engine, study);
-    QCOMPARE(engine.evaluate("var t = study.getTag('DICOM.ImageType'); Array.isArray(t) + t.join('|')").toString(),
-             QStringLiteral("trueORIGINAL|PRIMARY|AXIAL"));
+    QCOMPARE(
+        engine.evaluate("var t = study.getTag('DICOM.ImageType'); Array.isArray(t) + t.join('|')").toString(),
+        QStringLiteral("trueORIGINAL|PRIMARY|AXIAL"));
 }
 
 void tst_KyScriptStudy::withoutAnEngineDatesStayDates()
@@ -298,7 +303,8 @@ void tst_KyScriptStudy::statusWordBecomesALetter()
 void tst_KyScriptStudy::equalsComparesStudiesNotObjects()
 {
     const auto dde = KyTestPlatform::study("1.2.3");
-    const KyScriptStudy a(dde), b(dde), same(KyTestPlatform::study("1.2.3")), other(KyTestPlatform::study("1.2.4"));
+    const KyScriptStudy a(dde), b(dde), same(KyTestPlatform::study("1.2.3")),
+        other(KyTestPlatform::study("1.2.4"));
     QVERIFY(a.equals(&a));
     QVERIFY(a.equals(&b));
     QVERIFY(a.equals(&same));
@@ -312,8 +318,10 @@ void tst_KyScriptStudy::equalsOfAnythingElseIsFalse()
     publish(engine, study);
     QVERIFY(!study.equals(nullptr));
     QVERIFY(!study.equals(&engine));
-    QCOMPARE(engine.evaluate("[study.equals(study), study.equals(null), study.equals(undefined),"
-                             " study.equals(StudyList)].join()").toString(),
+    QCOMPARE(engine
+                 .evaluate("[study.equals(study), study.equals(null), study.equals(undefined),"
+                           " study.equals(StudyList)].join()")
+                 .toString(),
              QStringLiteral("true,false,false,false"));
 }
 

@@ -91,8 +91,7 @@ private:
 
 /// A viewer without a volume.
 class EmptyViewer final : public KyBaseViewer
-{
-};
+{};
 
 /// Studies of one name and the uids given, for the tests of set operations.
 std::vector<std::unique_ptr<KyScriptStudy>> studies(const QString& inUids)
@@ -198,8 +197,8 @@ void tst_KyScriptStudyList::relevantStudiesAreThoseFlaggedOrPinned()
 {
     auto& loader = mPlatform->loader();
     loader.setPrimaryExams({KyTestPlatform::study("1", "A")});
-    loader.setAdditionalExams({KyTestPlatform::study("2", "A"), KyTestPlatform::study("3", "A"),
-                               KyTestPlatform::study("4", "A")});
+    loader.setAdditionalExams(
+        {KyTestPlatform::study("2", "A"), KyTestPlatform::study("3", "A"), KyTestPlatform::study("4", "A")});
     const auto& all = loader.allStudiesOfPatientInfo();
     QCOMPARE(all.size(), 4u);
     all[1]->setPinned(true);
@@ -253,7 +252,8 @@ void tst_KyScriptStudyList::layoutGivesEachStudyOnceInViewerOrder()
 void tst_KyScriptStudyList::layoutSkipsWhatHasNoStudy()
 {
     mPlatform->loader().setPrimaryExams({KyTestPlatform::study("1")});
-    const RnHandle<KyBaseViewer> a(new EmptyViewer), b(new Viewer(nullptr)), c(new Viewer("9")), d(new Viewer("1"));
+    const RnHandle<KyBaseViewer> a(new EmptyViewer), b(new Viewer(nullptr)), c(new Viewer("9")),
+        d(new Viewer("1"));
     KyScriptStudyList list(nullptr);
     QCOMPARE(uids(list.get("ACTIVE_LAYOUT")), QStringList("1"));
 }
@@ -273,8 +273,10 @@ void tst_KyScriptStudyList::listIsAnArrayOfScripts()
 {
     mPlatform->loader().setPrimaryExams({KyTestPlatform::study("1"), KyTestPlatform::study("2")});
     KyScriptEngine engine(nullptr, ScriptStudyList);
-    QCOMPARE(engine.evaluate("var l = StudyList.get('PRIMARY_STUDIES'); Array.isArray(l) + ' ' + "
-                             "l.map(function(s) { return s.getTag('DICOM.StudyInstanceUID'); }).join()").toString(),
+    QCOMPARE(engine
+                 .evaluate("var l = StudyList.get('PRIMARY_STUDIES'); Array.isArray(l) + ' ' + "
+                           "l.map(function(s) { return s.getTag('DICOM.StudyInstanceUID'); }).join()")
+                 .toString(),
              QStringLiteral("true 1,2"));
 }
 
@@ -285,16 +287,56 @@ void tst_KyScriptStudyList::setOperationsWalkSortedLists_data()
     QTest::addColumn<QString>("united");
     QTest::addColumn<QString>("subtracted");
     QTest::addColumn<QString>("intersected");
-    QTest::newRow("both empty") << "" << "" << "" << "" << "";
-    QTest::newRow("A empty") << "" << "3 1 2" << "1 2 3" << "" << "";
-    QTest::newRow("B empty") << "3 1 2" << "" << "1 2 3" << "1 2 3" << "";
-    QTest::newRow("disjoint") << "4 2" << "3 1" << "1 2 3 4" << "2 4" << "";
-    QTest::newRow("overlapping") << "3 1 2" << "4 2 3" << "1 2 3 4" << "1" << "2 3";
-    QTest::newRow("equal") << "2 1" << "1 2" << "1 2" << "" << "1 2";
-    QTest::newRow("twice in A, once in B") << "1 1" << "1" << "1 1" << "1" << "1";
-    QTest::newRow("once in A, twice in B") << "1" << "1 1" << "1 1" << "" << "1";
-    QTest::newRow("duplicates in A alone") << "2 1 2" << "3" << "1 2 2 3" << "1 2 2" << "";
-    QTest::newRow("duplicates with an empty list") << "2 1 2" << "" << "1 2 2" << "1 2 2" << "";
+    QTest::newRow("both empty") << ""
+                                << ""
+                                << ""
+                                << ""
+                                << "";
+    QTest::newRow("A empty") << ""
+                             << "3 1 2"
+                             << "1 2 3"
+                             << ""
+                             << "";
+    QTest::newRow("B empty") << "3 1 2"
+                             << ""
+                             << "1 2 3"
+                             << "1 2 3"
+                             << "";
+    QTest::newRow("disjoint") << "4 2"
+                              << "3 1"
+                              << "1 2 3 4"
+                              << "2 4"
+                              << "";
+    QTest::newRow("overlapping") << "3 1 2"
+                                 << "4 2 3"
+                                 << "1 2 3 4"
+                                 << "1"
+                                 << "2 3";
+    QTest::newRow("equal") << "2 1"
+                           << "1 2"
+                           << "1 2"
+                           << ""
+                           << "1 2";
+    QTest::newRow("twice in A, once in B") << "1 1"
+                                           << "1"
+                                           << "1 1"
+                                           << "1"
+                                           << "1";
+    QTest::newRow("once in A, twice in B") << "1"
+                                           << "1 1"
+                                           << "1 1"
+                                           << ""
+                                           << "1";
+    QTest::newRow("duplicates in A alone") << "2 1 2"
+                                           << "3"
+                                           << "1 2 2 3"
+                                           << "1 2 2"
+                                           << "";
+    QTest::newRow("duplicates with an empty list") << "2 1 2"
+                                                   << ""
+                                                   << "1 2 2"
+                                                   << "1 2 2"
+                                                   << "";
 }
 
 void tst_KyScriptStudyList::setOperationsWalkSortedLists()
@@ -344,12 +386,18 @@ void tst_KyScriptStudyList::setOperationsTakeWhatScriptsPass_data()
 {
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("result");
-    QTest::newRow("empty arrays") << "StudyList.unite([], []).length" << "0";
-    QTest::newRow("null for a list is a list of null") << "StudyList.unite(null, []).length" << "1";
-    QTest::newRow("null in a list") << "StudyList.unite([null], [s]).length" << "2";
-    QTest::newRow("texts and numbers count as null") << "StudyList.subtract([1, 'x', s], [null]).length" << "2";
-    QTest::newRow("one study for a list") << "StudyList.intersect(s, [s]).length" << "1";
-    QTest::newRow("other host objects") << "StudyList.unite([StudyList, s], []).indexOf(StudyList)" << "1";
+    QTest::newRow("empty arrays") << "StudyList.unite([], []).length"
+                                  << "0";
+    QTest::newRow("null for a list is a list of null") << "StudyList.unite(null, []).length"
+                                                       << "1";
+    QTest::newRow("null in a list") << "StudyList.unite([null], [s]).length"
+                                    << "2";
+    QTest::newRow("texts and numbers count as null") << "StudyList.subtract([1, 'x', s], [null]).length"
+                                                     << "2";
+    QTest::newRow("one study for a list") << "StudyList.intersect(s, [s]).length"
+                                          << "1";
+    QTest::newRow("other host objects") << "StudyList.unite([StudyList, s], []).indexOf(StudyList)"
+                                        << "1";
 }
 
 void tst_KyScriptStudyList::setOperationsTakeWhatScriptsPass()
@@ -441,7 +489,8 @@ void tst_KyScriptStudyList::studiesStayWithoutCleanup()
 {
     mPlatform->loader().setPrimaryExams({KyTestPlatform::study("1")});
     KyScriptEngine engine(nullptr, ScriptStudyList);
-    engine.runScript(KyScriptProgram("var kept = StudyList.get('PRIMARY_STUDIES');", nullptr), false, false, false);
+    engine.runScript(KyScriptProgram("var kept = StudyList.get('PRIMARY_STUDIES');", nullptr), false, false,
+                     false);
     QCOMPARE(engine.evaluate("kept[0].getTag('DICOM.StudyInstanceUID')").toString(), QStringLiteral("1"));
 }
 
@@ -467,7 +516,8 @@ void tst_KyScriptStudyList::withoutASessionListsAreEmpty()
 {
     mPlatform.reset();
     KyScriptStudyList list(nullptr);
-    for (const char* name : {"PRIMARY_STUDIES", "ACTIVE_VIEWER", "ACTIVE_LAYOUT", "ALL_STUDIES_OF_PATIENT", "1.2.3"})
+    for (const char* name :
+         {"PRIMARY_STUDIES", "ACTIVE_VIEWER", "ACTIVE_LAYOUT", "ALL_STUDIES_OF_PATIENT", "1.2.3"})
         QVERIFY(list.get(name).isEmpty());
     const auto some = studies("1");
     list.lockForReporting(objects(some));

@@ -4,12 +4,12 @@
 
 KyTestPlatform::KyTestPlatform()
     : registry(nullptr)
-{
-}
+{}
 
 KyTestPlatform::~KyTestPlatform() = default;
 
-std::shared_ptr<Ovg::DicomDirectoryEntry> KyTestPlatform::studyWith(const std::map<QString, QString>& inElements)
+std::shared_ptr<Ovg::DicomDirectoryEntry>
+KyTestPlatform::studyWith(const std::map<QString, QString>& inElements)
 {
     Ovg::DicomHeader header;
     for (const auto& [keyword, text] : inElements)
@@ -17,7 +17,8 @@ std::shared_ptr<Ovg::DicomDirectoryEntry> KyTestPlatform::studyWith(const std::m
     return std::make_shared<Ovg::DicomDirectoryEntry>(header);
 }
 
-std::shared_ptr<Ovg::DicomDirectoryEntry> KyTestPlatform::study(const QString& inUid, const QString& inPatient)
+std::shared_ptr<Ovg::DicomDirectoryEntry> KyTestPlatform::study(const QString& inUid,
+                                                                const QString& inPatient)
 {
     return studyWith({{"StudyInstanceUID", inUid}, {"PatientName", inPatient}, {"PatientID", inPatient}});
 }

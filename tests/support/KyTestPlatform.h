@@ -7,6 +7,7 @@
 #include <kybase/KyStudyMetrics.h>
 #include <kybase/KyViewerManager.h>
 #include <kybase/KyWorklistHelper.h>
+#include <kyreporttab/KyReportLockStore.h>
 #include <kyresources/KyClientFacts.h>
 #include <ovbase/OvPropertyPool.h>
 #include <ovbase/OvRegistry.h>
@@ -28,6 +29,7 @@ public:
     KyClientFacts facts;
     OvPropertyPool pool;
     KyMemoryWorklistStore worklist;
+    KyMemoryReportLockStore reportLocks;
     KyMonitorManager monitors;
     KyViewerManager viewers;
     KyStudyMetrics metrics;
@@ -38,6 +40,6 @@ public:
     /// A study in memory: keywords of DICOM elements and their texts.
     static std::shared_ptr<Ovg::DicomDirectoryEntry> studyWith(const std::map<QString, QString>& inElements);
     /// A study of the patient \a inPatient with the study instance UID \a inUid.
-    static std::shared_ptr<Ovg::DicomDirectoryEntry> study(const QString& inUid,
-                                                           const QString& inPatient = QStringLiteral("Doe^Jane"));
+    static std::shared_ptr<Ovg::DicomDirectoryEntry>
+    study(const QString& inUid, const QString& inPatient = QStringLiteral("Doe^Jane"));
 };

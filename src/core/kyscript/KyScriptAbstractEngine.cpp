@@ -29,8 +29,8 @@ struct KyScriptAbstractEngine::Private
     bool mOwnsEngine = false;
 };
 
-/// Counts a call in, and runs what waits when the outermost one leaves. A script can end its facade: the guard
-/// then leaves everything alone.
+/// Counts a call in, and runs what waits when the outermost one leaves. A script can end its facade: the
+/// guard then leaves everything alone.
 class KyScriptAbstractEngine::Guard
 {
 public:
@@ -53,8 +53,7 @@ private:
 
 KyScriptAbstractEngine::KyScriptAbstractEngine()
     : d(std::make_unique<Private>())
-{
-}
+{}
 
 KyScriptAbstractEngine::KyScriptAbstractEngine(QObject* inParent, int inOptions)
     : KyScriptAbstractEngine()
@@ -89,8 +88,8 @@ void KyScriptAbstractEngine::drain()
     }
 }
 
-QJSValue KyScriptAbstractEngine::runScript(const KyScriptProgram& inScript, bool inPushContext, bool inNoFunction,
-                                           bool inSerialize)
+QJSValue KyScriptAbstractEngine::runScript(const KyScriptProgram& inScript, bool inPushContext,
+                                           bool inNoFunction, bool inSerialize)
 {
     const Guard guard(this);
     if (d->mCallDepth > 1) {

@@ -12,8 +12,8 @@ class KyScriptProgram;
 
 /// The facade of an engine: survives it, refuses work politely without one, and guards against re-entry.
 ///
-/// An engine may end before its facade. From then on every operation reports the contract "0" with the message
-/// "Uninitialized engine", but for globalObject() and jsEngine(), and gives its neutral result.
+/// An engine may end before its facade. From then on every operation reports the contract "0" with the
+/// message "Uninitialized engine", but for globalObject() and jsEngine(), and gives its neutral result.
 ///
 /// A script that is waiting in a nested event loop can be overtaken by another: that is a re-entry, and the
 /// log tells of each. It runs nested at once, or waits, as the caller asks. GUI thread only.

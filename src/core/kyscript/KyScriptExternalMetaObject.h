@@ -10,8 +10,8 @@
 /// A class of another module that scripts construct with `new` in every engine.
 ///
 /// A module derives from it, keeps one object alive and so offers a class with invokable constructors under a
-/// global name. Engines with ScriptExternalMetaObjects pick it up at their next evaluation, unless the name is
-/// taken. When the object goes, engines that have the name keep it, and it still constructs.
+/// global name. Engines with ScriptExternalMetaObjects pick it up at their next evaluation, unless the name
+/// is taken. When the object goes, engines that have the name keep it, and it still constructs.
 class KYSCRIPT_EXPORT KyScriptExternalMetaObject : public QObject
 {
     Q_OBJECT

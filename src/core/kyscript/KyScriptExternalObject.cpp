@@ -71,8 +71,8 @@ void KyScriptExternalObject::registerExternalInstance(QObject* inObject, const Q
     externalObjects()[inKind].push_back({inName, inObject, nullptr});
 }
 
-void KyScriptExternalObject::registerExternalCreator(std::function<QObject*()> inCreator, const QString& inName,
-                                                     int inKind)
+void KyScriptExternalObject::registerExternalCreator(std::function<QObject*()> inCreator,
+                                                     const QString& inName, int inKind)
 {
     checkName(inName);
     externalObjects()[inKind].push_back({inName, nullptr, std::move(inCreator)});

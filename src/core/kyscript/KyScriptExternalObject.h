@@ -10,10 +10,10 @@ class QJSEngine;
 
 /// An object of another module that scripts reach as a global of every engine.
 ///
-/// A module registers a live object or a factory under a global name, usually while it is loaded. Engines pick
-/// the name up at their next evaluation and keep it. Two kinds, ScriptExternalKindA and ScriptExternalKindB of
-/// KyScriptOption, keep names apart for engines that ask for one of them only; what they stand for is decided
-/// by those who register and those who build engines.
+/// A module registers a live object or a factory under a global name, usually while it is loaded. Engines
+/// pick the name up at their next evaluation and keep it. Two kinds, ScriptExternalKindA and
+/// ScriptExternalKindB of KyScriptOption, keep names apart for engines that ask for one of them only; what
+/// they stand for is decided by those who register and those who build engines.
 ///
 /// The registering module owns its object. Scripts and garbage collections never delete it. GUI thread only.
 class KYSCRIPT_EXPORT KyScriptExternalObject : public QObject
@@ -35,7 +35,8 @@ public:
 
     /// Offers what \a inCreator makes: each engine calls it once, at its next evaluation, and has an object
     /// of its own. The script side owns an object without a parent. Names as with an instance.
-    static void registerExternalCreator(std::function<QObject*()> inCreator, const QString& inName, int inKind);
+    static void registerExternalCreator(std::function<QObject*()> inCreator, const QString& inName,
+                                        int inKind);
 
     /// Takes the rows of \a inObject out, one of each kind. Engines that have the name keep it.
     static void unregisterExternalInstance(QObject* inObject);

@@ -10,9 +10,11 @@ namespace {
 
 // The builtins are taken at the start, since scripts may replace them.
 constexpr auto ScriptSide = R"((function() {
-    var assign = Object.assign, keys = Object.keys, tag = Object.prototype.toString;
+    var assign = Object.assign, keys = Object.keys, define = Object.defineProperty;
     var call = Function.prototype.call.bind(Function.prototype.call);
     var ownNames = Object.getOwnPropertyNames, isEnumerable = Object.prototype.propertyIsEnumerable;
+    var hasOwn = Object.prototype.hasOwnProperty, tag = Object.prototype.toString;
+    var byteLength = Object.getOwnPropertyDescriptor(ArrayBuffer.prototype, 'byteLength').get;
     var failed = {};
     function read(object, name) {
         try { return object[name]; } catch (e) { return failed; }
@@ -24,31 +26,36 @@ constexpr auto ScriptSide = R"((function() {
         }
     }
     function plain(value) { return typeof value === 'symbol' ? undefined : value; }
+    // A tag can be forged, the getter knows.
+    function isBuffer(object) {
+        try {
+            return call(tag, object) === '[object ArrayBuffer]' && call(byteLength, object) >= 0;
+        } catch (e) { return false; }
+    }
+    // Qt asks the left operand, and a class of the host on that side equals everything.
+    function same(known, value) { return known === value && (value !== 0 || 1 / value === 1 / known); }
+    function collect(object, base) {
+        var names = namesOf(object), out = [], n = 0;
+        for (var i = 0, count = names.length; i < count; ++i) {
+            var name = names[i], value = read(object, name);
+            if (failed === value || base && same(base[name], value))
+                continue;
+            out[n++] = name;
+            out[n++] = plain(value);
+        }
+        return out;
+    }
     return {
-        copy: function(base) { return assign({}, base); },
-        differ: function(object, base) {
-            var names = namesOf(object), out = [], n = 0;
-            for (var i = 0, count = names.length; i < count; ++i) {
-                var name = names[i], value = read(object, name);
-                if (value === failed || value === base[name] && (value !== 0 || 1 / value === 1 / base[name]))
-                    continue;
-                out[n++] = name;
-                out[n++] = plain(value);
-            }
-            return out;
+        copy: function(base) {
+            if (!call(hasOwn, base, '__proto__'))
+                return assign({}, base);
+            for (var object = {}, names = keys(base), i = 0; i < names.length; ++i)
+                define(object, names[i],
+                       {value: base[names[i]], writable: true, enumerable: true, configurable: true});
+            return object;
         },
-        entries: function(object) {
-            var names = namesOf(object), out = [], n = 0;
-            for (var i = 0, count = names.length; i < count; ++i) {
-                var value = read(object, names[i]);
-                if (value === failed)
-                    continue;
-                out[n++] = names[i];
-                out[n++] = plain(value);
-            }
-            return out;
-        },
-        kind: function(object) { return call(tag, object); }
+        differ: function(object, base) { return isBuffer(object) ? [] : collect(object, base); },
+        entries: function(object) { return isBuffer(object) ? null : collect(object); }
     };
 }))";
 
@@ -98,8 +105,33 @@ bool isMapLike(const QJSValue& inValue)
 struct KyScriptGlobalLink::Walk
 {
     std::vector<QJSValue> ancestors;
-    int values = 0;
+    double values = 0;
     bool tooLarge = false;
+
+    /// An object that the walk is inside of.
+    class Step
+    {
+    public:
+        Step(Walk& ioWalk, const QJSValue& inObject)
+            : mWalk(ioWalk)
+        {
+            mWalk.ancestors.push_back(inObject);
+        }
+        ~Step() { mWalk.ancestors.pop_back(); }
+        Step(const Step&) = delete;
+        Step& operator=(const Step&) = delete;
+
+    private:
+        Walk& mWalk;
+    };
+
+    /// False when the limits are passed. An array counts its length too: its holes cost as much as values.
+    bool count(double inValues)
+    {
+        values += inValues;
+        tooLarge = tooLarge || values > MaxValues || ancestors.size() > MaxDepth;
+        return !tooLarge;
+    }
 
     bool contains(const QJSValue& inValue) const
     {
@@ -117,7 +149,6 @@ KyScriptGlobalLink::KyScriptGlobalLink(QJSEngine& inEngine)
     mCopy = side.property(QStringLiteral("copy"));
     mDiffer = side.property(QStringLiteral("differ"));
     mEntries = side.property(QStringLiteral("entries"));
-    mKind = side.property(QStringLiteral("kind"));
 }
 
 KyScriptGlobalLink::~KyScriptGlobalLink() = default;
@@ -126,15 +157,20 @@ void KyScriptGlobalLink::load(QJSValue& ioGlobalObject)
 {
     synchronise();
     QJSValue global = mCopy.call({mBase});
-    for (const QString& key : std::as_const(mHoles))
-        global.setProperty(key, script(mStore.values().value(key)));
+    for (const QString& key : std::as_const(mHoles)) {
+        const QJSValue value = script(mStore.values().value(key));
+        if (value.isUndefined())
+            global.deleteProperty(key); // not for this engine: its run must not take the key from the others
+        else
+            global.setProperty(key, value);
+    }
     ioGlobalObject.setProperty(QStringLiteral("Global"), global);
 }
 
 void KyScriptGlobalLink::save(const QJSValue& inGlobalObject)
 {
     const QJSValue global = inGlobalObject.property(QStringLiteral("Global"));
-    if (!isMapLike(global) || kindOf(global) == QLatin1String("[object ArrayBuffer]"))
+    if (!isMapLike(global))
         return;
 
     synchronise();
@@ -185,9 +221,7 @@ void KyScriptGlobalLink::keep(const QString& inKey, const QJSValue& inValue)
 
 QVariant KyScriptGlobalLink::stored(const QJSValue& inValue, Walk& ioWalk) const
 {
-    if (++ioWalk.values > MaxValues || ioWalk.ancestors.size() > MaxDepth)
-        ioWalk.tooLarge = true;
-    if (ioWalk.tooLarge || inValue.isUndefined() || inValue.isCallable() || inValue.isQMetaObject())
+    if (!ioWalk.count(1) || inValue.isUndefined() || inValue.isCallable() || inValue.isQMetaObject())
         return QVariant();
     if (inValue.isNull() || inValue.isBool() || inValue.isNumber() || inValue.isString())
         return inValue.toVariant();
@@ -199,26 +233,18 @@ QVariant KyScriptGlobalLink::stored(const QJSValue& inValue, Walk& ioWalk) const
         return inValue.toVariant();
     if (!inValue.isObject())
         return QVariant();
-    if (kindOf(inValue) == QLatin1String("[object ArrayBuffer]")) {
-        const QByteArray bytes = inValue.toVariant().toByteArray();
-        return bytes.isNull() ? QByteArray("") : bytes; // a null array would come back as a broken buffer
-    }
-    return inValue.isArray() ? storedList(inValue, ioWalk) : storedMap(inValue, ioWalk);
+    return inValue.isArray() ? storedList(inValue, ioWalk) : storedObject(inValue, ioWalk);
 }
 
 QVariant KyScriptGlobalLink::storedList(const QJSValue& inArray, Walk& ioWalk) const
 {
     QVariantList list;
-    if (ioWalk.contains(inArray))
-        return list;
     const double length = inArray.property(QStringLiteral("length")).toNumber();
-    if (length > MaxValues) {
-        ioWalk.tooLarge = true;
+    if (ioWalk.contains(inArray) || !ioWalk.count(length))
         return list;
-    }
 
-    ioWalk.ancestors.push_back(inArray);
     list.resize(qsizetype(length));
+    const Walk::Step step(ioWalk, inArray);
     const QJSValue entries = mEntries.call({inArray});
     const quint32 count = entries.property(QStringLiteral("length")).toUInt();
     for (quint32 i = 0; i + 1 < count; i += 2) {
@@ -227,18 +253,21 @@ QVariant KyScriptGlobalLink::storedList(const QJSValue& inArray, Walk& ioWalk) c
         if (isIndex && qsizetype(index) < list.size())
             list[qsizetype(index)] = stored(entries.property(i + 1), ioWalk);
     }
-    ioWalk.ancestors.pop_back();
     return list;
 }
 
-QVariant KyScriptGlobalLink::storedMap(const QJSValue& inObject, Walk& ioWalk) const
+QVariant KyScriptGlobalLink::storedObject(const QJSValue& inObject, Walk& ioWalk) const
 {
     QVariantMap map;
     if (ioWalk.contains(inObject))
         return map;
 
-    ioWalk.ancestors.push_back(inObject);
+    const Walk::Step step(ioWalk, inObject);
     const QJSValue entries = mEntries.call({inObject});
+    if (entries.isNull()) { // an ArrayBuffer
+        const QByteArray bytes = inObject.toVariant().toByteArray();
+        return bytes.isNull() ? QByteArray("") : bytes; // a null array would come back as a broken buffer
+    }
     const quint32 count = entries.isArray() ? entries.property(QStringLiteral("length")).toUInt() : 0;
     for (quint32 i = 0; i + 1 < count; i += 2) {
         const QJSValue value = entries.property(i + 1);
@@ -246,39 +275,43 @@ QVariant KyScriptGlobalLink::storedMap(const QJSValue& inObject, Walk& ioWalk) c
         if (kept.isValid() || (value.isUndefined() && !ioWalk.tooLarge))
             map.insert(entries.property(i).toString(), kept);
     }
-    ioWalk.ancestors.pop_back();
     return map;
 }
 
 QJSValue KyScriptGlobalLink::script(const QVariant& inValue) const
 {
+    if (inValue.typeId() == QMetaType::QByteArray && inValue.toByteArray().isNull())
+        return mEngine.toScriptValue(QByteArray("")); // a null one would be a broken buffer
     if (!holdsHostObject(inValue))
         return mEngine.toScriptValue(inValue);
 
+    QJSValue container = mEngine.toScriptValue(inValue);
     if (inValue.typeId() == QMetaType::QVariantMap) {
-        QJSValue object = mEngine.newObject();
         const QVariantMap map = inValue.toMap();
-        for (auto it = map.begin(); it != map.end(); ++it)
-            object.setProperty(it.key(), script(*it));
-        return object;
+        for (auto it = map.begin(); it != map.end(); ++it) {
+            if (holdsHostObject(*it))
+                container.setProperty(it.key(), script(*it));
+        }
+        return container;
     }
     if (inValue.typeId() == QMetaType::QVariantList) {
         const QVariantList list = inValue.toList();
-        QJSValue array = mEngine.newArray(uint(list.size()));
-        for (qsizetype i = 0; i < list.size(); ++i)
-            array.setProperty(quint32(i), script(list.at(i)));
-        return array;
+        for (qsizetype i = 0; i < list.size(); ++i) {
+            if (holdsHostObject(list.at(i)))
+                container.setProperty(quint32(i), script(list.at(i)));
+        }
+        return container;
     }
-
-    // Another engine's collector could delete the object under the engine that made it.
-    QObject* object = inValue.value<KyScriptHostObject>().object;
-    if (!object || (qjsEngine(object) != &mEngine &&
-                    QJSEngine::objectOwnership(object) != QJSEngine::CppOwnership))
-        return QJSValue();
-    return mEngine.toScriptValue(object);
+    return script(inValue.value<KyScriptHostObject>());
 }
 
-QString KyScriptGlobalLink::kindOf(const QJSValue& inValue) const
+QJSValue KyScriptGlobalLink::script(const KyScriptHostObject& inHostObject) const
 {
-    return mKind.call({inValue}).toString();
+    // Another engine's collector could delete the object under the engine that made it.
+    QObject* object = inHostObject.object;
+    if (!object ||
+        (qjsEngine(object) != &mEngine && QJSEngine::objectOwnership(object) != QJSEngine::CppOwnership))
+        return QJSValue();
+    const QJSValue wrapper = mEngine.toScriptValue(object);
+    return wrapper.isNull() ? QJSValue() : wrapper; // null for one that a collection has doomed
 }

@@ -42,8 +42,9 @@ public:
     /// Sets a fresh object with the store's values as `Global` of the engine's global object.
     void load(QJSValue& ioGlobalObject);
 
-    /// Takes the values of `Global` into the store. Nothing happens when a script has replaced it by something
-    /// that is no plain object. Keys that are missing stay in the store; keys that are undefined leave it.
+    /// Takes the values of `Global` into the store. Nothing happens when a script has replaced it by
+    /// something that is no plain object. Keys that are missing stay in the store; keys that are undefined
+    /// leave it.
     void save(const QJSValue& inGlobalObject);
 
 private:
@@ -53,17 +54,16 @@ private:
     void keep(const QString& inKey, const QJSValue& inValue);
     QVariant stored(const QJSValue& inValue, Walk& ioWalk) const;
     QVariant storedList(const QJSValue& inArray, Walk& ioWalk) const;
-    QVariant storedMap(const QJSValue& inObject, Walk& ioWalk) const;
+    QVariant storedObject(const QJSValue& inObject, Walk& ioWalk) const;
     QJSValue script(const QVariant& inValue) const;
-    QString kindOf(const QJSValue& inValue) const;
+    QJSValue script(const KyScriptHostObject& inHostObject) const;
 
     QJSEngine& mEngine;
     KyScriptGlobal& mStore;
 
     QJSValue mCopy;    ///< Script function: a copy of an object.
     QJSValue mDiffer;  ///< Script function: names and values that differ from a base, in turn.
-    QJSValue mEntries; ///< Script function: names and values of an object, in turn.
-    QJSValue mKind;    ///< Script function: the kind of an object as text.
+    QJSValue mEntries; ///< Script function: names and values of an object, in turn; null for an ArrayBuffer.
     QJSValue mHole;    ///< Stands in the base for a value that is no plain one, and equals nothing.
 
     QJSValue mBase; ///< The store's plain values, holes for the others.

@@ -4,7 +4,8 @@
 
 class QString;
 
-/// How the module writes to the logs: the text as Latin-1, under "Script Interface" where no context is given.
+/// How the module writes to the logs: the text as Latin-1, under "Script Interface" where no context is
+/// given.
 class KyScriptLog
 {
 public:

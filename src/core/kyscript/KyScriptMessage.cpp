@@ -42,8 +42,7 @@ QByteArray contextOf(const QString& inContext)
 
 KyScriptMessage::KyScriptMessage(QObject* parent)
     : QObject(parent)
-{
-}
+{}
 
 void KyScriptMessage::show(QString inMessage)
 {

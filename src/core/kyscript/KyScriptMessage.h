@@ -21,7 +21,8 @@ public:
     /// Asks the user to choose among \a inButtons, in their order, and gives the text of the chosen one;
     /// empty when the box was closed without a choice. Enter chooses \a inDefaultButton, if it is one of
     /// them; of equal texts the last.
-    Q_INVOKABLE QString question(QString inMessage, QStringList inButtons, QString inDefaultButton = QString());
+    Q_INVOKABLE QString question(QString inMessage, QStringList inButtons,
+                                 QString inDefaultButton = QString());
 
     /// A line in the server's session log; lost when no server peer is there. For this and the two below, an
     /// empty \a inContext stands for "Script Interface".

@@ -12,7 +12,8 @@ class KyScriptNestedEvaluation : public QObject
     Q_OBJECT
 
 public:
-    KyScriptNestedEvaluation(QJSEngine& inEngine, const QString& inText, const QString& inFileName, int inLine);
+    KyScriptNestedEvaluation(QJSEngine& inEngine, const QString& inText, const QString& inFileName,
+                             int inLine);
 
     /// \a inTrampoline is what makeTrampoline() gave for the same engine.
     QJSValue evaluate(const QJSValue& inTrampoline);

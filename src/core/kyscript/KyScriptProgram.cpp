@@ -8,14 +8,12 @@ KyScriptProgram::KyScriptProgram(const QString& inSourceCode, const QString& inF
     : mSourceCode(inSourceCode)
     , mFileName(inFileName)
     , mLineNumber(inLineNumber)
-{
-}
+{}
 
 KyScriptProgram::KyScriptProgram(const QString& inSourceCode, const char* inInfoString)
     : mSourceCode(inSourceCode)
     , mInfoString(QString::fromLatin1(inInfoString))
-{
-}
+{}
 
 KyScriptProgram::KyScriptProgram(const QDomElement& inElement, const QString& inFileName,
                                  const char* inStripMarker)

@@ -56,7 +56,8 @@ bool KyScriptRunner::evaluateScript(const KyScriptProgram& inScript) const
     const bool ok = evaluateScript(inScript, result);
     if (!result.isEmpty())
         getTheLogInstance().tracef(2, Context, "Unexpected result value from script: %s\nValue: %s",
-                                   inScript.infoString().toLatin1().constData(), result.toLatin1().constData());
+                                   inScript.infoString().toLatin1().constData(),
+                                   result.toLatin1().constData());
     return ok;
 }
 

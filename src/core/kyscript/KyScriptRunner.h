@@ -54,8 +54,8 @@ public:
     /// Takes the context's objects away from scripts and gives them to deleteLater().
     void destroyCurrentContext();
 
-    /// Publishes \a inObject as the global \a inName, which must be an identifier, until the context ends. The
-    /// context owns it from now on. An object of that name is replaced and disposed of.
+    /// Publishes \a inObject as the global \a inName, which must be an identifier, until the context ends.
+    /// The context owns it from now on. An object of that name is replaced and disposed of.
     void addScriptObjectToCurrentContext(const QString& inName, QObject* inObject);
 
     /// A new script object of the engine, to be filled and passed as an argument.

@@ -58,7 +58,8 @@ std::vector<Entry> studiesOfLayout(const KyLoadHelper& inLoader)
 {
     std::vector<Entry> entries;
     std::set<std::string> seen;
-    for (KyBaseViewer* viewer : KyBaseViewerGroup(nullptr, KyBaseViewerGroup::GroupType(7), Ky::ViewerType(0))) {
+    for (KyBaseViewer* viewer :
+         KyBaseViewerGroup(nullptr, KyBaseViewerGroup::GroupType(7), Ky::ViewerType(0))) {
         const char* id = studyIdOf(viewer);
         if (!id || !seen.insert(id).second)
             continue;
@@ -104,8 +105,7 @@ std::vector<Entry> studiesNamed(const KyLoadHelper& inLoader, const QString& inN
 
 KyScriptStudy::KyScriptStudy(std::shared_ptr<Ovg::DicomDirectoryEntry> inEntry)
     : mAccess(std::make_unique<KyDICOMAccessDicomDirectoryEntry>(std::move(inEntry)))
-{
-}
+{}
 
 KyScriptStudy::~KyScriptStudy() = default;
 
@@ -218,8 +218,7 @@ bool KyScriptStudy::equals(const QObject* other) const
 
 KyScriptStudyList::KyScriptStudyList(QObject* parent)
     : QObject(parent)
-{
-}
+{}
 
 KyScriptStudyList::~KyScriptStudyList() = default;
 

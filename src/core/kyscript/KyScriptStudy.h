@@ -20,10 +20,12 @@ class DicomDirectoryEntry;
 struct WorklistEntry;
 } // namespace Ovg
 
-/// One study as scripts see it: its DICOM tags, its worklist entry, its interpretation status, the time spent.
+/// One study as scripts see it: its DICOM tags, its worklist entry, its interpretation status, the time
+/// spent.
 ///
 /// Only KyScriptStudyList makes these objects, owns them, and deletes them at the end of the run that asked
-/// for them. The study itself is shared. Nothing here reports or throws: what is missing has a neutral result.
+/// for them. The study itself is shared. Nothing here reports or throws: what is missing has a neutral
+/// result.
 class KYSCRIPT_EXPORT KyScriptStudy : public QObject
 {
     Q_OBJECT

@@ -61,8 +61,7 @@ public:
         , mB(inB)
         , mWanted(inWanted)
         , mObjects(outObjects)
-    {
-    }
+    {}
 
     bool run()
     {

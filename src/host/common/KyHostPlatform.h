@@ -43,8 +43,8 @@ public:
     };
 
     /// Opens the studies of the options: those below the study folders become the primary ones, those below
-    /// the additional folders the additional ones, each in the order of DicomDirectoryEntry. The progress gets
-    /// the files of the folder that is being read; false stops the loading.
+    /// the additional folders the additional ones, each in the order of DicomDirectoryEntry. The progress
+    /// gets the files of the folder that is being read; false stops the loading.
     Loaded loadStudies(const Ovg::StudySource::Progress& inProgress = {});
 
 private:

@@ -25,14 +25,22 @@ RnLogLevel levelOf(QtMsgType inType)
 /// Qt tells of an uncaught error of a handler as "file:dir/a.js:42: ReferenceError: x is not defined".
 bool isHandlerError(const QString& inText)
 {
-    static const QRegularExpression form(QStringLiteral("^(\\S.*|<Unknown File>):\\d+: \\w*(Error|Exception)\\b"));
+    static const QRegularExpression form(
+        QStringLiteral("^(\\S.*|<Unknown File>):\\d+: \\w*(Error|Exception)\\b"));
     return form.match(inText).hasMatch();
+}
+
+/// A machine without a user session is normal for a program that scripts start.
+bool isRoutine(const QString& inText)
+{
+    return inText.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"));
 }
 
 void handle(QtMsgType inType, const QMessageLogContext&, const QString& inText)
 {
     const bool isScripts = inType == QtWarningMsg && isHandlerError(inText);
-    getTheLogInstance().tracef(isScripts ? 3 : levelOf(inType), isScripts ? "Script Interface" : "Qt", "%s",
+    const RnLogLevel level = isScripts ? 3 : isRoutine(inText) ? 1 : levelOf(inType);
+    getTheLogInstance().tracef(level, isScripts ? "Script Interface" : "Qt", "%s",
                                inText.toUtf8().constData());
 }
 

@@ -2,8 +2,7 @@
 
 KyRunConsole::KyRunConsole()
     : mStream(stderr)
-{
-}
+{}
 
 KyRunConsole::~KyRunConsole()
 {

@@ -16,7 +16,8 @@ QString text(const char* inText)
 const Option Eval({text("e"), text("eval")}, text("Run CODE instead of a file."), text("CODE"));
 const Option Print({text("p"), text("print")}, text("Print the value of the run, as its text."));
 const Option Studies({text("s"), text("studies")},
-                     text("Open the DICOM files below DIR as the session's studies (repeatable)."), text("DIR"));
+                     text("Open the DICOM files below DIR as the session's studies (repeatable)."),
+                     text("DIR"));
 const Option Additional(text("additional"), text("Open those below DIR as additional studies (repeatable)."),
                         text("DIR"));
 const Option Engine(text("engine"), text("Run on the engine of that name (default: the unnamed one)."),
@@ -27,22 +28,27 @@ const Option Profile(text("profile"),
                      text("Keep settings and data below DIR (default: in memory, nothing is left behind)."),
                      text("DIR"));
 const Option Proxy(text("proxy"), text("The configured HTTP proxy of the client."), text("HOST:PORT"));
-const Option Log(text("log"),
-                 text("Write the log to FILE, \"-\" for standard error (default: levels 2 and 3 to standard error)."),
-                 text("FILE"));
+const Option
+    Log(text("log"),
+        text("Write the log to FILE, \"-\" for standard error (default: levels 2 and 3 to standard error)."),
+        text("FILE"));
 const Option KeepRunning(text("keep-running"),
                          text("Stay in the event loop after the script, until Runner.exit()."));
 const Option Timeout(text("timeout"), text("End the process with exit status 124 if it still runs then."),
                      text("SECONDS"));
+const Option Help({text("h"), text("help")}, text("Show this help."));
+const Option Version({text("v"), text("version")}, text("Show the version."));
 
 constexpr const char* Description =
     "Runs JavaScript with the objects of the workstation.\n"
     "\n"
-    "A file runs at the top level of the engine. print(...) writes one line to standard output. The global Runner\n"
+    "A file runs at the top level of the engine. print(...) writes one line to standard output. The global "
+    "Runner\n"
     "has args (list of texts), exit(code) and keepRunning.\n"
     "\n"
     "Exit status: 0; 1 after an uncaught error, which stands on standard error; 2 for a bad command line or\n"
-    "unreadable input; 124 at the timeout; or what Runner.exit was given. A thrown text or number is no error but\n"
+    "unreadable input; 124 at the timeout; or what Runner.exit was given. A thrown text or number is no "
+    "error but\n"
     "counts as the value of the run: throw new Error(...) to fail.";
 
 /// Fills host and port from "HOST:PORT". The host may be an IPv6 address in brackets.
@@ -86,8 +92,8 @@ KyRunOptions::Outcome KyRunOptions::parse(const QStringList& inArguments, QStrin
     parser.setApplicationDescription(text(Description));
     // What stands behind the script belongs to the script, also when it begins with a dash.
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    parser.addOptions({Eval, Print, Studies, Additional, Engine, Property, Profile, Proxy, Log, KeepRunning, Timeout});
-    const Option help = parser.addHelpOption(), version = parser.addVersionOption();
+    parser.addOptions({Eval, Print, Studies, Additional, Engine, Property, Profile, Proxy, Log, KeepRunning,
+                       Timeout, Help, Version});
     parser.addPositionalArgument(text("SCRIPT.js"), text("The script, \"-\" for standard input."),
                                  text("SCRIPT.js | -e CODE"));
     parser.addPositionalArgument(text("ARG"), text("Arguments for the script."), text("[ARG...]"));
@@ -96,11 +102,11 @@ KyRunOptions::Outcome KyRunOptions::parse(const QStringList& inArguments, QStrin
     outText = parser.errorText();
     if (!isParsed)
         return Outcome::Bad;
-    if (parser.isSet(help)) {
+    if (parser.isSet(Help)) {
         outText = parser.helpText();
         return Outcome::Help;
     }
-    if (parser.isSet(version)) {
+    if (parser.isSet(Version)) {
         outText = text("kyrun ") + QString::fromStdString(RnBuildInfo::getBuildString(1)) + QLatin1Char('\n');
         return Outcome::Version;
     }

@@ -7,8 +7,7 @@ KyRunner::KyRunner(const QStringList& inArguments, bool inKeepRunning)
     : KyScriptExternalObject(nullptr, QStringLiteral("Runner"), ScriptExternalKindA)
     , mArguments(inArguments)
     , mKeepRunning(inKeepRunning)
-{
-}
+{}
 
 void KyRunner::exit(int code)
 {

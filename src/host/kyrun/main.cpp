@@ -43,18 +43,20 @@ std::shared_ptr<RnLogSink> logSink(const QString& inFile, QString& outReason)
     auto sink = std::make_shared<RnLogFileSink>(inFile.toStdString());
     if (sink->isOpen())
         return sink;
-    outReason = QStringLiteral("Cannot write the log %1: %2").arg(inFile, QString::fromStdString(sink->errorText()));
+    outReason =
+        QStringLiteral("Cannot write the log %1: %2").arg(inFile, QString::fromStdString(sink->errorText()));
     return nullptr;
 }
 
 /// Tells of the script's uncaught error: place, error and backtrace.
-void tellError(const KyScriptEngine& inEngine, const QJSValue& inError, const QString& inInfo, const QString& inPlace,
-               RnLogSink* inSink)
+void tellError(const KyScriptEngine& inEngine, const QJSValue& inError, const QString& inInfo,
+               const QString& inPlace, RnLogSink* inSink)
 {
     if (auto* console = dynamic_cast<KyRunConsole*>(inSink))
         console->drop(inEngine.errorMessage(inError, inInfo, nullptr).toLatin1().toStdString());
-    QString text = QStringLiteral("%1:%2: %3\n")
-                       .arg(inPlace, inError.property(QStringLiteral("lineNumber")).toString(), inError.toString());
+    QString text =
+        QStringLiteral("%1:%2: %3\n")
+            .arg(inPlace, inError.property(QStringLiteral("lineNumber")).toString(), inError.toString());
     for (const QString& frame : inError.property(QStringLiteral("stack")).toString().split(QLatin1Char('\n')))
         text += QStringLiteral("    at %1\n").arg(frame);
     std::fputs(text.toUtf8().constData(), stderr);
@@ -65,8 +67,8 @@ void tellError(const KyScriptEngine& inEngine, const QJSValue& inError, const QS
 std::optional<QString> readScript(const QString& inFile, QString& outReason)
 {
     QFile file(inFile);
-    const bool isOpen = inFile == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly)
-                                                     : file.open(QIODevice::ReadOnly);
+    const bool isOpen =
+        inFile == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
     const QByteArray bytes = isOpen ? file.readAll() : QByteArray();
     if (!isOpen || file.error() != QFileDevice::NoError) {
         outReason = QStringLiteral("Cannot read the script %1: %2").arg(inFile, file.errorString());
@@ -98,8 +100,8 @@ int run(const KyRunOptions& inOptions, const QString& inSource, RnLogSink* inSin
     const KyScriptProgram program = programOf(inOptions, inSource);
     const QJSValue value = facade.runScript(program, false, false, false);
     if (value.isError())
-        tellError(engine, value, program.infoString(), inOptions.hasCode ? program.infoString() : inOptions.scriptFile,
-                  inSink);
+        tellError(engine, value, program.infoString(),
+                  inOptions.hasCode ? program.infoString() : inOptions.scriptFile, inSink);
     QCoreApplication::processEvents(); // promises that the script has settled
     if (runner.hasExited())
         return runner.exitCode();
@@ -138,6 +140,9 @@ void chooseDisplay()
 
 int main(int argc, char** argv)
 {
+    const KyMessageLog messages;
+    const auto early = std::make_shared<KyRunConsole>();
+    getTheLogInstance().addSink(early, 2);
     chooseDisplay();
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Ky"));
@@ -160,8 +165,8 @@ int main(int argc, char** argv)
     const auto sink = logSink(options.logFile, text);
     if (!sink)
         return fail(text);
+    getTheLogInstance().removeSink(early.get());
     getTheLogInstance().addSink(sink, options.logFile.isEmpty() ? 2 : 0);
-    const KyMessageLog messages;
     const auto source = options.hasCode ? std::optional(options.code) : readScript(options.scriptFile, text);
     if (!source)
         return fail(text);

@@ -79,7 +79,8 @@ RnResult KyFileWorklistStore::put(const Ovg::WorklistEntry& inEntry)
 {
     if (!KyWorklistRows::namesAStudy(inEntry))
         return RnResult::failure("The row names no study");
-    const RnResult result = mFile.update([&](QJsonObject& ioDocument) { return replaceRow(ioDocument, inEntry); });
+    const RnResult result =
+        mFile.update([&](QJsonObject& ioDocument) { return replaceRow(ioDocument, inEntry); });
     if (result)
         readRows();
     return result;

@@ -29,8 +29,7 @@ RnResult failure(const QString& inText)
 
 KyJsonFile::KyJsonFile(QString inPath)
     : mPath(std::move(inPath))
-{
-}
+{}
 
 std::optional<QJsonObject> KyJsonFile::read()
 {
@@ -83,8 +82,10 @@ bool KyJsonFile::setAside(const QString& inReason) const
     const QString timestamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddhhmmsszzz"));
     const QString kept = mPath + QLatin1String(".damaged-") + timestamp;
     const bool moved = QFile::rename(mPath, kept);
-    reportFailure(QStringLiteral("%1 is damaged (%2) and %3").arg(mPath, inReason,
-        moved ? QStringLiteral("was renamed to %1").arg(kept) : QStringLiteral("could not be renamed")));
+    reportFailure(QStringLiteral("%1 is damaged (%2) and %3")
+                      .arg(mPath, inReason,
+                           moved ? QStringLiteral("was renamed to %1").arg(kept)
+                                 : QStringLiteral("could not be renamed")));
     return moved;
 }
 

@@ -7,7 +7,9 @@ namespace {
 
 QString withoutEmptyEnd(const QString& inText)
 {
-    const auto isFiller = [](QChar c) { return c.isSpace() || c == QLatin1Char('^') || c == QLatin1Char('='); };
+    const auto isFiller = [](QChar c) {
+        return c.isSpace() || c == QLatin1Char('^') || c == QLatin1Char('=');
+    };
     qsizetype length = inText.size();
     while (length > 0 && isFiller(inText[length - 1]))
         --length;
@@ -57,7 +59,8 @@ void KyLoadHelper::setAdditionalExams(Exams inExams)
     studiesChanged();
 }
 
-std::shared_ptr<Ovg::DicomDirectoryEntry> KyLoadHelper::dicomDirectoryEntryForStudy(const char* inStudyId) const
+std::shared_ptr<Ovg::DicomDirectoryEntry>
+KyLoadHelper::dicomDirectoryEntryForStudy(const char* inStudyId) const
 {
     if (!inStudyId)
         return nullptr;

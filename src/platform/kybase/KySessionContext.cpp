@@ -30,8 +30,8 @@ KySessionContext* KySessionContext::currentInstance()
 
 KySessionComponent* KySessionContext::find(std::type_index inType) const
 {
-    const auto found =
-        std::find_if(mComponents.begin(), mComponents.end(), [&](const auto& c) { return c.first == inType; });
+    const auto found = std::find_if(mComponents.begin(), mComponents.end(),
+                                    [&](const auto& c) { return c.first == inType; });
     return found == mComponents.end() ? nullptr : found->second.get();
 }
 

@@ -10,8 +10,7 @@ constexpr QLatin1String Locks("locks");
 
 KyFileReportLockStore::KyFileReportLockStore(QString inPath)
     : mFile(std::move(inPath))
-{
-}
+{}
 
 RnResult KyFileReportLockStore::lock(const Ovg::WorklistEntry& inEntry, const QString& inUser)
 {

@@ -15,7 +15,8 @@ QString user()
 bool lockForUser(const OvReportLocker::Entry& inEntry)
 {
     KyReportLockStore* store = KyReportLockStore::instance();
-    const RnResult result = store ? store->lock(*inEntry, user()) : RnResult::failure("There is no store of locks");
+    const RnResult result =
+        store ? store->lock(*inEntry, user()) : RnResult::failure("There is no store of locks");
     if (!result.isOk())
         getTheLogInstance().tracef(2, "Reports", "Not locked for reporting: %s", result.text().c_str());
     return result.isOk();

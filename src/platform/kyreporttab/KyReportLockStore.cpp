@@ -26,7 +26,8 @@ KyReportLockStore* KyReportLockStore::instance()
 
 QString KyReportLockStore::keyOf(const Ovg::WorklistEntry& inEntry)
 {
-    const std::string& key = inEntry.studyInstanceUid.empty() ? inEntry.accessionNumber : inEntry.studyInstanceUid;
+    const std::string& key =
+        inEntry.studyInstanceUid.empty() ? inEntry.accessionNumber : inEntry.studyInstanceUid;
     return QString::fromLatin1(key.data(), qsizetype(key.size()));
 }
 

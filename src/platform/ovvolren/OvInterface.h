@@ -8,8 +8,8 @@
 /// Base of the platform objects that are known by an id while they live: volumes, viewers.
 ///
 /// Construction enters the object in the table of live objects, which is always there, and destruction
-/// takes it out. So an id is the right thing to keep for an object that may go away. All this happens on the GUI
-/// thread.
+/// takes it out. So an id is the right thing to keep for an object that may go away. All this happens on the
+/// GUI thread.
 class OvInterface : public RnHandable
 {
 public:

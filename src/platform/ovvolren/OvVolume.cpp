@@ -2,7 +2,6 @@
 
 OvVolume::OvVolume(std::unique_ptr<OvDBMetaInfo> inDbMetaInfo)
     : mDbMetaInfo(std::move(inDbMetaInfo))
-{
-}
+{}
 
 OvVolume::~OvVolume() = default;

@@ -302,7 +302,8 @@ void tst_KyLoadHelper::patientsAreToldApart()
     QFETCH(QString, nameB);
     QFETCH(QString, issuerB);
     QFETCH(bool, same);
-    const auto study = [](const char* inUid, const QString& inId, const QString& inName, const QString& inIssuer) {
+    const auto study = [](const char* inUid, const QString& inId, const QString& inName,
+                          const QString& inIssuer) {
         return madeStudy({{"StudyInstanceUID", inUid},
                           {"PatientID", inId.toUtf8().constData()},
                           {"PatientName", inName.toUtf8().constData()},

@@ -21,8 +21,7 @@ class Second final : public KySessionComponent
 public:
     explicit Second(First* inFirst)
         : first(inFirst)
-    {
-    }
+    {}
     static std::unique_ptr<Second> create(KySessionContext& inContext)
     {
         return std::make_unique<Second>(inContext.component<First>(true));

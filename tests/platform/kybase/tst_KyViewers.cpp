@@ -62,8 +62,7 @@ void tst_KyViewers::aPlainViewerAnswersNeutrally()
 {
     const RnHandle<KyBaseViewer> viewer([] {
         class Plain final : public KyBaseViewer
-        {
-        };
+        {};
         return new Plain;
     }());
     QCOMPARE(viewer->volume(0), nullptr);

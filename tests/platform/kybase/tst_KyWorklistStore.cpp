@@ -9,7 +9,8 @@
 
 namespace {
 
-Ovg::WorklistEntry row(const char* inUid, const char* inAccession, const char* inPatient, const char* inStatus)
+Ovg::WorklistEntry row(const char* inUid, const char* inAccession, const char* inPatient,
+                       const char* inStatus)
 {
     Ovg::WorklistEntry entry;
     entry.studyInstanceUid = inUid;
@@ -19,7 +20,8 @@ Ovg::WorklistEntry row(const char* inUid, const char* inAccession, const char* i
     return entry;
 }
 
-std::string statusOf(KyWorklistStore& inStore, const char* inUid, const char* inAccession, const char* inPatient)
+std::string statusOf(KyWorklistStore& inStore, const char* inUid, const char* inAccession,
+                     const char* inPatient)
 {
     const auto entry = inStore.find(*madeStudy(
         {{"StudyInstanceUID", inUid}, {"AccessionNumber", inAccession}, {"PatientID", inPatient}}));

@@ -24,8 +24,10 @@ class Lines final : public RnLogSink
 public:
     void write(const RnLogRecord& inRecord) override
     {
-        lines.append(QStringLiteral("%1|%2|%3").arg(inRecord.level).arg(QString::fromStdString(inRecord.context),
-                                                                         QString::fromStdString(inRecord.text)));
+        lines.append(
+            QStringLiteral("%1|%2|%3")
+                .arg(inRecord.level)
+                .arg(QString::fromStdString(inRecord.context), QString::fromStdString(inRecord.text)));
     }
     QStringList lines;
 };
