@@ -8,6 +8,7 @@
 #include "KyScriptLog.h"
 #include "KyScriptMessage.h"
 #include "KyScriptNestedEvaluation.h"
+#include "KyScriptPrintBuffer.h"
 #include "KyScriptProgram.h"
 #include "KyScriptRunLog.h"
 #include "KyScriptStudy.h"
@@ -21,9 +22,9 @@
 #include <QtCore/QTimeZone>
 #include <QtWidgets/QTextEdit>
 
-/// Takes away an error that host code has left pending, since Qt returns such an error in place of running the
-/// next text. It is none of the new script's: at the outermost level it is logged, inside a run it goes back to
-/// the outer script when the new one is over.
+/// Takes away an error that host code has left pending, since Qt returns such an error in place of running
+/// the next text. It is none of the new script's: at the outermost level it is logged, inside a run it goes
+/// back to the outer script when the new one is over.
 class KyScriptEngine::PendingError
 {
 public:
@@ -172,7 +173,18 @@ QJSValue KyScriptEngine::evaluateGuarded(const QString& inText, const QString& i
         nested ? KyScriptNestedEvaluation(*this, inText, inFileName, inLine).evaluate(mTrampoline)
                : QJSEngine::evaluate(inText, inFileName, inLine);
     --mDepth;
+    if (mPrintHelper)
+        mPrintHelper->flush();
     return result;
+}
+
+/// Each script frame that is on the stack adds a line to the backtrace of a new error.
+bool KyScriptEngine::isOnStack()
+{
+    if (mDepth > 0 || QThread::currentThread()->loopLevel() > 1 || hasError())
+        return true;
+    const QString ownFrames = QStringLiteral("(function() { return new Error().stack; })()");
+    return QJSEngine::evaluate(ownFrames).toString().count(QLatin1Char('\n')) > 1;
 }
 
 bool KyScriptEngine::scriptIsValid(const KyScriptProgram&, QString&)
@@ -180,7 +192,8 @@ bool KyScriptEngine::scriptIsValid(const KyScriptProgram&, QString&)
     return true;
 }
 
-QString KyScriptEngine::errorMessage(const QJSValue& inValue, const QString& inInfo, QString* outMessage) const
+QString KyScriptEngine::errorMessage(const QJSValue& inValue, const QString& inInfo,
+                                     QString* outMessage) const
 {
     if (!inValue.isError())
         return QString();
@@ -193,7 +206,8 @@ QString KyScriptEngine::errorMessage(const QJSValue& inValue, const QString& inI
 
     const QString head = inInfo.isEmpty() ? QStringLiteral("Uncaught JavaScript Exception")
                                           : QStringLiteral("Uncaught exception in %1").arg(inInfo);
-    return head + QStringLiteral("\nException: %1\nLine: %2\nBacktrace:\n%3").arg(message).arg(line).arg(stack);
+    return head +
+           QStringLiteral("\nException: %1\nLine: %2\nBacktrace:\n%3").arg(message).arg(line).arg(stack);
 }
 
 bool KyScriptEngine::logException(const char* inContext, const QJSValue& inValue, const QString& inInfo) const
@@ -208,8 +222,10 @@ bool KyScriptEngine::logException(const char* inContext, const QJSValue& inValue
 void KyScriptEngine::redirectPrintOutput(QTextEdit* inTextEdit)
 {
     auto* helper = new MyPrintHelper(this, inTextEdit);
+    mPrintHelper = helper;
     setObjectOwnership(helper, CppOwnership);
-    mGlobalObject.setProperty(QStringLiteral("vprint"), newQObject(helper).property(QStringLiteral("vprint")));
+    mGlobalObject.setProperty(QStringLiteral("vprint"),
+                              newQObject(helper).property(QStringLiteral("vprint")));
     mGlobalObject.setProperty(
         QStringLiteral("print"),
         QJSEngine::evaluate(
@@ -304,8 +320,7 @@ QString GlobalScope::guiTime(QJSValue inTime)
 MyPrintHelper::MyPrintHelper(QObject* inParent, QTextEdit* inTextEdit)
     : QObject(inParent)
     , mTextEdit(inTextEdit)
-{
-}
+{}
 
 void MyPrintHelper::vprint(QJSValue argArray)
 {
@@ -318,7 +333,7 @@ void MyPrintHelper::vprint(QJSValue argArray)
         for (quint32 i = 0, count = quint32(std::max(length.toInt(), 0)); i < count; ++i)
             texts.append(argArray.property(i).toString());
     }
-    mTextEdit->append(texts.join(QLatin1Char(' ')));
+    append(texts.join(QLatin1Char(' ')));
 }
 
 void MyPrintHelper::print(QVariant arg1, QVariant arg2, QVariant arg3)
@@ -333,5 +348,18 @@ void MyPrintHelper::print(QVariant arg1, QVariant arg2, QVariant arg3)
         if (!further.isNull())
             text += QLatin1Char(' ') + further.toString();
     }
-    mTextEdit->append(text);
+    append(text);
+}
+
+void MyPrintHelper::append(const QString& inLine)
+{
+    // A value that was made into text may have ended the widget.
+    if (mTextEdit)
+        KyScriptPrintBuffer::of(*mTextEdit).append(inLine);
+}
+
+void MyPrintHelper::flush()
+{
+    if (mTextEdit)
+        KyScriptPrintBuffer::of(*mTextEdit).flush();
 }

@@ -15,6 +15,7 @@ class KyScriptGlobalLink;
 class KyScriptMessage;
 class KyScriptProgram;
 class KyScriptStudyList;
+class MyPrintHelper;
 class QTextEdit;
 
 /// One JavaScript world: a QJSEngine with the system's global objects.
@@ -23,9 +24,9 @@ class QTextEdit;
 /// a run is synchronous, and a script that does not end blocks that thread. Scripts fail as data: a run gives
 /// an error value and writes a log line, nothing is thrown.
 ///
-/// Owner: the \a inParent of the constructor. The engine owns the objects that it makes. Objects that a script
-/// makes go with a garbage collection, or with the engine; those given to registerForDestruction() go with
-/// cleanup() at the latest. Deleting an engine while one of its scripts is on the stack is not allowed.
+/// Owner: the \a inParent of the constructor. The engine owns the objects that it makes. Objects that a
+/// script makes go with a garbage collection, or with the engine; those given to registerForDestruction() go
+/// with cleanup() at the latest. Deleting an engine while one of its scripts is on the stack is not allowed.
 class KYSCRIPT_EXPORT KyScriptEngine : public QJSEngine
 {
     Q_OBJECT
@@ -81,6 +82,10 @@ public:
     QStringList extAcc() const;
     void setExtAcc(const QStringList& inExtAcc);
 
+    /// Whether a script of this engine is on the stack, be it a run or a handler that waits in a nested event
+    /// loop: the engine must not be deleted then. True also where that can't be told, in any nested loop.
+    bool isOnStack();
+
     int options() const { return mOptions; }
 
 Q_SIGNALS:
@@ -109,6 +114,7 @@ private:
     KyScriptMessage* mMessage = nullptr;
     QList<QPointer<QObject>> mObjectsToDestroy;
     int mOptions = 0;
+    QPointer<MyPrintHelper> mPrintHelper;
 
     /// While one value lives, Qt need not map and unmap its value page for every temporary value.
     QJSValue mGlobalObject;
@@ -149,6 +155,11 @@ public:
     Q_INVOKABLE void vprint(QJSValue argArray);
     Q_INVOKABLE void print(QVariant arg1, QVariant arg2 = QVariant(), QVariant arg3 = QVariant());
 
+    /// Puts lines that are still on their way into the widget.
+    void flush();
+
 private:
+    void append(const QString& inLine);
+
     const QPointer<QTextEdit> mTextEdit;
 };

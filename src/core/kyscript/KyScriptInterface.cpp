@@ -1,6 +1,9 @@
 #include "KyScriptInterface.h"
 
+#include "KyScriptingWindow.h"
+
 #include <QtCore/QCoreApplication>
+#include <QtGui/QAction>
 
 #include <algorithm>
 #include <map>
@@ -8,8 +11,8 @@
 
 namespace {
 
-/// A row without an engine belongs to one that is being constructed. Never deleted: the application object, and
-/// the engines with it, may end late.
+/// A row without an engine belongs to one that is being constructed. Never deleted: the application object,
+/// and the engines with it, may end late.
 std::map<QString, KyScriptInterface*>& instances()
 {
     static auto& sInstances = *new std::map<QString, KyScriptInterface*>;
@@ -66,4 +69,23 @@ void KyScriptInterface::cleanupInstances()
         if (engine)
             engine->cleanup();
     }
+}
+
+void KyScriptInterface::showConsole()
+{
+    // Never deleted: a console lives as long as the process.
+    static auto& consoles = *new std::map<QString, KyScriptingWindow*>;
+
+    const auto* action = qobject_cast<QAction*>(sender());
+    const QString name = action ? action->data().toString() : QString();
+    KyScriptingWindow*& console = consoles[name];
+    if (!console) {
+        console = new KyScriptingWindow(name, KyScriptingWindow::JavaScriptEngine);
+        const QString title = QStringLiteral("Console[QJSEngine]");
+        console->setWindowTitle(name.isEmpty() ? title : title + QStringLiteral(" (%1)").arg(name));
+    }
+    console->setWindowState(console->windowState() & ~Qt::WindowMinimized);
+    console->show();
+    console->raise();
+    console->activateWindow();
 }

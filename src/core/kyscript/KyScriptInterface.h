@@ -23,7 +23,15 @@ public:
     /// The engines stay usable. For the host at its shut-down, while the application object still lives.
     static void cleanupInstances();
 
+public Q_SLOTS:
+    /// Opens the console of an engine, or brings it to the front. The engine's name is the data of the
+    /// QAction that sends the signal; without such a sender it is the default engine. One action for each
+    /// name can so be connected with any engine. A console is made once for a name; closing it hides it.
+    void showConsole();
+
 private:
+    friend class KyScriptingWindow;
+
     explicit KyScriptInterface(QObject* inParent);
     ~KyScriptInterface() override;
 };

@@ -1,4 +1,5 @@
 #include "KyScriptRunLog.h"
+#include "KyScriptingWindow.h"
 
 namespace {
 
@@ -6,6 +7,7 @@ namespace {
 /// objects make themselves on first use.
 const bool sRegistered = [] {
     KyScriptRunLog::registerProperties();
+    KyScriptingWindow::registerProperties();
     return true;
 }();
 

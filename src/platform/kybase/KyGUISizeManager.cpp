@@ -74,7 +74,8 @@ private:
         const QString geometry = QString::fromLatin1(mWidget.saveGeometry().toBase64());
         OvRegistry::Value stored;
         OvRegistry* registry = OvRegistry::getInstance();
-        if (registry && !(registry->getProperty(mId, stored, OvRegistry::UserPriority) && stored.value == geometry))
+        if (registry &&
+            !(registry->getProperty(mId, stored, OvRegistry::UserPriority) && stored.value == geometry))
             registry->setProperty(mId, geometry, OvRegistry::UserPriority);
     }
 
