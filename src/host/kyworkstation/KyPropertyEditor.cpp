@@ -1,0 +1,132 @@
+#include "KyPropertyEditor.h"
+
+#include <ovbase/OvProperty.h>
+#include <ovbase/OvRegistry.h>
+
+#include <QtCore/QSignalBlocker>
+#include <QtWidgets/QCheckBox>
+#include <QtWidgets/QDoubleSpinBox>
+#include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QSpinBox>
+#include <QtWidgets/QToolButton>
+
+#include <limits>
+
+namespace {
+
+constexpr double MaxNumber = 1e9;
+constexpr int Decimals = 4;
+
+QString idOf(const OvVariant& inProperty)
+{
+    return QString::fromLatin1(inProperty.identifier().c_str());
+}
+
+/// The layers of the registry that outlive this process and hold a value of the property.
+std::vector<OvRegistry::Priority> storedLayers(const OvVariant& inProperty)
+{
+    const OvRegistry* registry = OvRegistry::getInstance();
+    auto layers = registry ? registry->layers(idOf(inProperty)) : std::vector<OvRegistry::Priority>();
+    std::erase_if(layers, [](OvRegistry::Priority layer) { return layer >= OvRegistry::SessionPriority; });
+    return layers;
+}
+
+} // namespace
+
+KyPropertyEditor::KyPropertyEditor(OvVariant& ioProperty, const QString& inLabel, QWidget* inParent)
+    : QWidget(inParent)
+    , mProperty(ioProperty)
+    , mReset(new QToolButton(this))
+{
+    QWidget* editor = makeEditor();
+    editor->setAccessibleName(inLabel);
+    editor->setToolTip(idOf(mProperty));
+    setFocusProxy(editor);
+    mReset->setText(tr("Reset"));
+    mReset->setToolTip(tr("Back to the default"));
+    mReset->setAccessibleName(tr("Reset %1").arg(inLabel));
+    mReset->setAutoRaise(true);
+    connect(mReset, &QToolButton::clicked, this, &KyPropertyEditor::reset);
+
+    auto* all = new QHBoxLayout(this);
+    all->setContentsMargins(0, 1, 4, 1);
+    all->addWidget(editor, 1);
+    all->addWidget(mReset);
+    mProperty.connectPropertyChangedSignal(
+        this, [this](const OvVariant*) { refresh(); }, false);
+    refresh();
+}
+
+QWidget* KyPropertyEditor::makeEditor()
+{
+    if (mProperty.isType<bool>())
+        return makeCheckBox();
+    if (mProperty.isType<int>())
+        return makeIntegerBox();
+    if (mProperty.isType<double>())
+        return makeNumberBox();
+    return makeLine();
+}
+
+QWidget* KyPropertyEditor::makeCheckBox()
+{
+    auto* box = new QCheckBox(this);
+    connect(box, &QCheckBox::toggled, this,
+            [this](bool on) { store(on ? QStringLiteral("true") : QStringLiteral("false")); });
+    mShowValue = [this, box] { box->setChecked(static_cast<OvProperty<bool>&>(mProperty).value); };
+    return box;
+}
+
+QWidget* KyPropertyEditor::makeIntegerBox()
+{
+    auto* box = new QSpinBox(this);
+    box->setRange(std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
+    box->setKeyboardTracking(false);
+    connect(box, &QSpinBox::valueChanged, this, [this](int value) { store(QString::number(value)); });
+    mShowValue = [this, box] { box->setValue(static_cast<OvProperty<int>&>(mProperty).value); };
+    return box;
+}
+
+QWidget* KyPropertyEditor::makeNumberBox()
+{
+    auto* box = new QDoubleSpinBox(this);
+    box->setRange(-MaxNumber, MaxNumber);
+    box->setDecimals(Decimals);
+    box->setKeyboardTracking(false);
+    connect(box, &QDoubleSpinBox::valueChanged, this,
+            [this](double value) { store(QString::number(value)); });
+    mShowValue = [this, box] { box->setValue(static_cast<OvProperty<double>&>(mProperty).value); };
+    return box;
+}
+
+QWidget* KyPropertyEditor::makeLine()
+{
+    auto* line = new QLineEdit(this);
+    line->setPlaceholderText(mProperty.isType<QList<QString>>() ? tr("Texts with commas between them")
+                                                                : tr("Not set"));
+    connect(line, &QLineEdit::editingFinished, this, [this, line] { store(line->text()); });
+    mShowValue = [this, line] { line->setText(mProperty.toQString()); };
+    return line;
+}
+
+void KyPropertyEditor::store(const QString& inText)
+{
+    mProperty.setValueFromQString(inText);
+    refresh();
+}
+
+void KyPropertyEditor::refresh()
+{
+    const QSignalBlocker blocker(focusProxy());
+    mShowValue();
+    mReset->setEnabled(!storedLayers(mProperty).empty());
+}
+
+void KyPropertyEditor::reset()
+{
+    for (const OvRegistry::Priority layer : storedLayers(mProperty))
+        OvRegistry::getInstance()->removeProperty(idOf(mProperty), layer);
+    mProperty.deserialize();
+    refresh();
+}

@@ -1,0 +1,67 @@
+#include "KyStudySession.h"
+
+#include <algorithm>
+
+namespace {
+
+using Exams = KyLoadHelper::Exams;
+
+KyLoadHelper* loader()
+{
+    KySessionContext* session = KySessionContext::currentInstance();
+    return session ? session->component<KyLoadHelper>(true) : nullptr;
+}
+
+/// Whether something was taken out.
+bool remove(Exams& ioStudies, const Exams& inOthers)
+{
+    return std::erase_if(ioStudies, [&](const auto& study) {
+               return std::any_of(inOthers.begin(), inOthers.end(), [&](const auto& other) {
+                   return Ovg::DicomDirectoryEntry::studyEquals(*study, *other);
+               });
+           }) > 0;
+}
+
+} // namespace
+
+const Exams& KyStudySession::primary()
+{
+    static const Exams none;
+    const KyLoadHelper* helper = loader();
+    return helper ? helper->primaryExams() : none;
+}
+
+const Exams& KyStudySession::additional()
+{
+    static const Exams none;
+    const KyLoadHelper* helper = loader();
+    return helper ? helper->additionalExams() : none;
+}
+
+void KyStudySession::add(const Exams& inStudies, bool inAdditional)
+{
+    KyLoadHelper* helper = loader();
+    if (!helper || inStudies.empty())
+        return;
+    Exams target = inAdditional ? helper->additionalExams() : helper->primaryExams();
+    Exams other = inAdditional ? helper->primaryExams() : helper->additionalExams();
+    remove(target, inStudies);
+    const bool isMoved = remove(other, inStudies);
+    target.insert(target.end(), inStudies.begin(), inStudies.end());
+    std::stable_sort(target.begin(), target.end(), [](const auto& a, const auto& b) { return *a < *b; });
+
+    const auto setExams = [&](bool additional, Exams exams) {
+        additional ? helper->setAdditionalExams(std::move(exams)) : helper->setPrimaryExams(std::move(exams));
+    };
+    if (isMoved)
+        setExams(!inAdditional, std::move(other));
+    setExams(inAdditional, std::move(target));
+}
+
+void KyStudySession::clear()
+{
+    if (KyLoadHelper* helper = loader()) {
+        helper->setPrimaryExams({});
+        helper->setAdditionalExams({});
+    }
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <kybase/KyLoadHelper.h>
+
+/// The studies of the current session, for a user who opens and closes them. Without a session all lists are
+/// empty and nothing is changed.
+namespace KyStudySession {
+
+const KyLoadHelper::Exams& primary();
+const KyLoadHelper::Exams& additional();
+
+/// Adds studies to the primary or the additional ones, in the order of DicomDirectoryEntry. A study that is
+/// there already, in either list, takes the place of the one before: it may have got new images.
+void add(const KyLoadHelper::Exams& inStudies, bool inAdditional);
+
+/// Ends all studies.
+void clear();
+
+} // namespace KyStudySession

@@ -1,0 +1,87 @@
+#include "KyWorkstationOptions.h"
+
+#include <rnlib/RnBuildInfo.h>
+
+#include <QtCore/QCommandLineParser>
+#include <QtCore/QStandardPaths>
+
+namespace {
+
+QString name(const char* inName)
+{
+    return QLatin1String(inName);
+}
+
+/// Fills host and port from "HOST:PORT". The host may be an IPv6 address in brackets.
+bool parseProxy(const QString& inText, KyHostOptions& outHost)
+{
+    const auto colon = inText.lastIndexOf(QLatin1Char(':'));
+    bool isNumber = false;
+    const int port = inText.mid(colon + 1).toInt(&isNumber);
+    if (colon < 1 || !isNumber || port < 1 || port > 65535)
+        return false;
+    outHost.proxyHost = inText.left(colon);
+    outHost.proxyPort = port;
+    return true;
+}
+
+QList<QCommandLineOption> valueOptions()
+{
+    const auto tr = [](const char* text) { return KyWorkstationOptions::tr(text); };
+    return {
+        {{name("s"), name("studies")}, tr("Open the DICOM files below DIR (repeatable)."), name("DIR")},
+        {name("additional"), tr("Open those below DIR as additional studies (repeatable)."), name("DIR")},
+        {name("property"), tr("Set an application property for this session (repeatable)."), name("ID=TEXT")},
+        {name("profile"), tr("Keep settings and data below DIR instead of the user's configuration folder."),
+         name("DIR")},
+        {name("proxy"), tr("The configured HTTP proxy of the client."), name("HOST:PORT")},
+        {name("log"), tr("Write the log also to FILE, \"-\" for standard error."), name("FILE")}};
+}
+
+/// Puts properties and proxy in; gives what is wrong with them, or nothing.
+QString parseValues(const QCommandLineParser& inParser, KyHostOptions& outHost)
+{
+    for (const QString& property : inParser.values(name("property"))) {
+        const auto equals = property.indexOf(QLatin1Char('='));
+        if (equals < 1)
+            return KyWorkstationOptions::tr("--property needs ID=TEXT, not \"%1\"").arg(property);
+        outHost.properties.append({property.left(equals), property.mid(equals + 1)});
+    }
+    const QString proxy = inParser.value(name("proxy"));
+    if (inParser.isSet(name("proxy")) && !parseProxy(proxy, outHost))
+        return KyWorkstationOptions::tr("--proxy needs HOST:PORT, not \"%1\"").arg(proxy);
+    return QString();
+}
+
+} // namespace
+
+KyWorkstationOptions::Outcome KyWorkstationOptions::parse(const QStringList& inArguments, QString& outText)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(tr("A workstation for DICOM studies that scripts can extend."));
+    parser.addOptions(valueOptions());
+    const QCommandLineOption help = parser.addHelpOption(), version = parser.addVersionOption();
+    parser.addPositionalArgument(name("DIR"), tr("Folders of studies to open."), name("[DIR...]"));
+
+    const bool isParsed = parser.parse(inArguments);
+    outText = parser.errorText();
+    if (!isParsed)
+        return Outcome::Bad;
+    if (parser.isSet(help)) {
+        outText = parser.helpText();
+        return Outcome::Help;
+    }
+    if (parser.isSet(version)) {
+        outText = name("kyworkstation ") + QString::fromStdString(RnBuildInfo::getBuildString(1)) +
+                  QLatin1Char('\n');
+        return Outcome::Version;
+    }
+    outText = parseValues(parser, host);
+    host.studyFolders = parser.values(name("studies")) + parser.positionalArguments();
+    host.additionalFolders = parser.values(name("additional"));
+    host.profile = parser.isSet(name("profile"))
+                       ? parser.value(name("profile"))
+                       : QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+    logFile = parser.value(name("log"));
+    return outText.isEmpty() ? Outcome::Run : Outcome::Bad;
+}

@@ -1,0 +1,90 @@
+// kyworkstation: the workstation with its windows.
+
+#include "KyMainWindow.h"
+#include "KyScriptingMenu.h"
+#include "KyWorkstationOptions.h"
+
+#include <common/KyHostPlatform.h>
+#include <common/KyMessageLog.h>
+#include <rnlib/RnLogFileSink.h>
+#include <rnlib/RnLogStreamSink.h>
+
+#include <QtGui/QIcon>
+#include <QtWidgets/QApplication>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int BadInput = 2;
+
+int fail(const QString& inReason)
+{
+    std::fprintf(stderr, "kyworkstation: %s\n", qPrintable(inReason));
+    return BadInput;
+}
+
+/// Sends the log to a file or standard error; gives what is wrong with it, or nothing.
+QString openLog(const QString& inFile)
+{
+    if (inFile.isEmpty())
+        return QString();
+    if (inFile == QLatin1String("-")) {
+        getTheLogInstance().addSink(std::make_shared<RnLogStreamSink>(stderr));
+        return QString();
+    }
+    auto sink = std::make_shared<RnLogFileSink>(inFile.toStdString());
+    if (!sink->isOpen())
+        return KyWorkstationOptions::tr("Cannot write the log %1: %2")
+            .arg(inFile, QString::fromStdString(sink->errorText()));
+    getTheLogInstance().addSink(sink);
+    return QString();
+}
+
+int runWindow(const KyWorkstationOptions& inOptions)
+{
+    KyScriptingMenu::registerProperties();
+    KyHostPlatform platform(inOptions.host);
+    const QString badProperty = platform.applyProperties();
+    if (!badProperty.isEmpty())
+        return fail(
+            KyWorkstationOptions::tr("There is no property %1 that takes this text").arg(badProperty));
+
+    KyMainWindow window;
+    window.show();
+    for (const QString& folder : inOptions.host.studyFolders)
+        window.openFolder(folder);
+    for (const QString& folder : inOptions.host.additionalFolders)
+        window.openFolder(folder, KyStudyLoader::Kind::Additional);
+    return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Ky"));
+    QCoreApplication::setApplicationName(QStringLiteral("kyworkstation"));
+    QGuiApplication::setApplicationDisplayName(KyWorkstationOptions::tr("Ky Workstation"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("kyworkstation"));
+    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/kyworkstation/icon.png")));
+
+    KyWorkstationOptions options;
+    QString text;
+    switch (options.parse(QCoreApplication::arguments(), text)) {
+    case KyWorkstationOptions::Outcome::Run:
+        break;
+    case KyWorkstationOptions::Outcome::Help:
+    case KyWorkstationOptions::Outcome::Version:
+        std::fputs(qPrintable(text), stdout);
+        return 0;
+    case KyWorkstationOptions::Outcome::Bad:
+        return fail(text);
+    }
+    text = openLog(options.logFile);
+    if (!text.isEmpty())
+        return fail(text);
+    const KyMessageLog messages;
+    return runWindow(options);
+}

@@ -1,0 +1,128 @@
+// Drives the workstation on the display at hand and writes pictures of its windows: screenshots SAMPLE OUTDIR
+
+#include <common/KyHostPlatform.h>
+#include <kyworkstation/KyMainWindow.h>
+#include <kyworkstation/KyScriptingMenu.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QStyleFactory>
+#include <QTest>
+#include <QTreeView>
+
+#include <cstdio>
+
+namespace {
+
+constexpr const char* sSource = "var studies = StudyList.get(\"ALL_STUDIES_OF_PATIENT\");\n"
+                                "\n"
+                                "studies.forEach(function (study) {\n"
+                                "    print(guiDate(study.getTag(\"DICOM.StudyDate\")),\n"
+                                "          study.getTag(\"DICOM.StudyDescription\"));\n"
+                                "});\n"
+                                "studies.length";
+
+/// Settles for a moment: the window manager places and draws its frames.
+void settle()
+{
+    QTest::qWait(400);
+}
+
+QWidget* windowTitled(const QString& inTitle)
+{
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (window->isVisible() && window->windowTitle() == inTitle)
+            return window;
+    }
+    return nullptr;
+}
+
+/// The frame of a window as it stands on the screen, with what lies over it.
+bool take(const QWidget& inWindow, const QString& inFile)
+{
+    const QRect frame = inWindow.frameGeometry();
+    const QPixmap picture =
+        inWindow.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height());
+    std::printf("%s %dx%d\n", qPrintable(inFile), picture.width(), picture.height());
+    return picture.save(inFile);
+}
+
+void useDarkColours()
+{
+    QPalette dark;
+    dark.setColor(QPalette::Window, QColor(45, 47, 50));
+    dark.setColor(QPalette::WindowText, Qt::white);
+    dark.setColor(QPalette::Base, QColor(30, 31, 33));
+    dark.setColor(QPalette::AlternateBase, QColor(37, 38, 41));
+    dark.setColor(QPalette::ToolTipBase, QColor(60, 62, 66));
+    dark.setColor(QPalette::ToolTipText, Qt::white);
+    dark.setColor(QPalette::Text, Qt::white);
+    dark.setColor(QPalette::PlaceholderText, QColor(160, 160, 160));
+    dark.setColor(QPalette::Button, QColor(55, 57, 61));
+    dark.setColor(QPalette::ButtonText, Qt::white);
+    dark.setColor(QPalette::Highlight, QColor(42, 110, 187));
+    dark.setColor(QPalette::HighlightedText, Qt::white);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        dark.setColor(QPalette::Disabled, role, QColor(120, 120, 120));
+    QApplication::setPalette(dark);
+}
+
+bool takeAll(KyMainWindow& inWindow, const QDir& inFolder)
+{
+    settle();
+    bool isOk = take(inWindow, inFolder.filePath("workstation.png"));
+
+    inWindow.findChild<QAction*>("console.")->trigger();
+    settle();
+    QWidget* console = windowTitled("Console[QJSEngine]");
+    console->move(inWindow.pos() + QPoint(230, 120));
+    auto* input = console->findChild<QPlainTextEdit*>("w_InputText");
+    input->setPlainText(sSource);
+    input->moveCursor(QTextCursor::End);
+    input->setFocus();
+    QTest::mouseClick(console->findChild<QPushButton*>("w_Evaluate"), Qt::LeftButton);
+    settle();
+    isOk = take(*console, inFolder.filePath("console.png")) && isOk;
+    isOk = take(inWindow, inFolder.filePath("workstation-console.png")) && isOk;
+    console->close();
+
+    for (QAction* action : inWindow.findChildren<QAction*>()) {
+        if (action->menuRole() == QAction::PreferencesRole)
+            action->trigger();
+    }
+    settle();
+    isOk = take(*inWindow.findChild<QWidget*>("settings"), inFolder.filePath("settings.png")) && isOk;
+    inWindow.findChild<QWidget*>("settings")->close();
+
+    useDarkColours();
+    inWindow.findChild<QAction*>("console.")->trigger();
+    settle();
+    return take(inWindow, inFolder.filePath("workstation-dark.png")) && isOk;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    QApplication::setStyle(QStyleFactory::create("Fusion"));
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.size() != 3) {
+        std::fputs("screenshots SAMPLE OUTDIR\n", stderr);
+        return 2;
+    }
+    QApplication::setWindowIcon(QIcon(":/kyworkstation/icon.png"));
+    KyScriptingMenu::registerProperties();
+    KyHostPlatform platform{KyHostOptions()};
+    KyMainWindow window;
+    window.show();
+    window.openFolder(arguments.at(1));
+    auto* list = window.findChild<QTreeView*>("studyList");
+    const bool isLoaded = QTest::qWaitFor([&] { return list->model()->rowCount() > 0; }, 20000);
+    return isLoaded && takeAll(window, QDir(arguments.at(2))) ? 0 : 1;
+}
