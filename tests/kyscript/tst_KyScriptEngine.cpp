@@ -108,8 +108,7 @@ class Engine : public KyScriptEngine
 public:
     explicit Engine(int inOptions = 0)
         : KyScriptEngine(nullptr, inOptions)
-    {
-    }
+    {}
     using KyScriptEngine::cleanup;
 
     QString text(const char* inSource) { return evaluate(QString::fromUtf8(inSource)).toString(); }
@@ -122,10 +121,12 @@ void flushDeferredDeletes()
 
 QStringList globalNames(QJSEngine& ioEngine)
 {
-    const auto names = ioEngine.evaluate(QStringLiteral("Object.getOwnPropertyNames(this)")).toVariant().toStringList();
+    const auto names =
+        ioEngine.evaluate(QStringLiteral("Object.getOwnPropertyNames(this)")).toVariant().toStringList();
     QStringList added;
     QJSEngine bare;
-    const auto standard = bare.evaluate(QStringLiteral("Object.getOwnPropertyNames(this)")).toVariant().toStringList();
+    const auto standard =
+        bare.evaluate(QStringLiteral("Object.getOwnPropertyNames(this)")).toVariant().toStringList();
     for (const QString& name : names) {
         if (!standard.contains(name))
             added.append(name);
@@ -274,11 +275,16 @@ void tst_KyScriptEngine::btoaEncodesUtf8_data()
 {
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("result");
-    QTest::newRow("ä") << "btoa('\\u00e4')" << "w6Q=";
-    QTest::newRow("empty") << "btoa('')" << "";
-    QTest::newRow("ascii") << "btoa('abc')" << "YWJj";
-    QTest::newRow("beyond the first plane") << "btoa('\\ud83d\\ude00')" << "8J+YgA==";
-    QTest::newRow("number") << "btoa(12)" << "MTI=";
+    QTest::newRow("ä") << "btoa('\\u00e4')"
+                       << "w6Q=";
+    QTest::newRow("empty") << "btoa('')"
+                           << "";
+    QTest::newRow("ascii") << "btoa('abc')"
+                           << "YWJj";
+    QTest::newRow("beyond the first plane") << "btoa('\\ud83d\\ude00')"
+                                            << "8J+YgA==";
+    QTest::newRow("number") << "btoa(12)"
+                            << "MTI=";
 }
 
 void tst_KyScriptEngine::btoaEncodesUtf8()
@@ -305,8 +311,8 @@ void tst_KyScriptEngine::guiTimeFormatsDatesAndTimes_data()
     QTest::newRow("Date") << "new Date(2024, 1, 29, 14, 5, 9, 120)" << QTime(14, 5, 9, 120);
     QTest::newRow("text") << "'14:05:09.120'" << QTime(14, 5, 9, 120);
     QTest::newRow("short text") << "'14:05'" << QTime(14, 5);
-    QTest::newRow("object that prints") << "{toString: function() { return '14:05:09.120'; }}"
-                                        << QTime(14, 5, 9, 120);
+    QTest::newRow("object that prints")
+        << "{toString: function() { return '14:05:09.120'; }}" << QTime(14, 5, 9, 120);
     QTest::newRow("empty text") << "''" << QTime();
     QTest::newRow("no time") << "'noon'" << QTime();
     QTest::newRow("undefined") << "undefined" << QTime();
@@ -332,7 +338,8 @@ void tst_KyScriptEngine::guiTimeOfAValueWithoutATextIsAScriptError()
     QCOMPARE(engine.text("try { guiTime({toString: function() { throw new Error('no text'); }}); 'passed' }"
                          " catch (e) { e.message }"),
              QStringLiteral("no text"));
-    QCOMPARE(engine.text("try { guiTime(Symbol('x')); 'passed' } catch (e) { e.name }"), QStringLiteral("TypeError"));
+    QCOMPARE(engine.text("try { guiTime(Symbol('x')); 'passed' } catch (e) { e.name }"),
+             QStringLiteral("TypeError"));
     QCOMPARE(engine.text("1 + 1"), QStringLiteral("2"));
 }
 
@@ -358,18 +365,28 @@ void tst_KyScriptEngine::printJoinsItsArguments_data()
 {
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("text");
-    QTest::newRow("one") << "print('a')" << "start\na";
+    QTest::newRow("one") << "print('a')"
+                         << "start\na";
     QTest::newRow("many") << "print('a', 1, true, null, undefined, [1,2], {})"
                           << "start\na 1 true null undefined 1,2 [object Object]";
-    QTest::newRow("none") << "print()" << "start\n";
-    QTest::newRow("number to vprint") << "vprint(42)" << "start\n";
-    QTest::newRow("text to vprint") << "vprint('str')" << "start\n";
-    QTest::newRow("array to vprint") << "vprint(['a', 'b'])" << "start\na b";
-    QTest::newRow("array-like to vprint") << "vprint({length: 2, 0: 'x', 1: 'y'})" << "start\nx y";
-    QTest::newRow("negative length") << "vprint({length: -1})" << "start\n";
-    QTest::newRow("length is a text") << "vprint({length: '2', 0: 'x'})" << "start\n";
-    QTest::newRow("in a strict function") << "(function() { 'use strict'; print('s'); })()" << "start\ns";
-    QTest::newRow("as a callback") << "['a'].forEach(function(x) { print(x); })" << "start\na";
+    QTest::newRow("none") << "print()"
+                          << "start\n";
+    QTest::newRow("number to vprint") << "vprint(42)"
+                                      << "start\n";
+    QTest::newRow("text to vprint") << "vprint('str')"
+                                    << "start\n";
+    QTest::newRow("array to vprint") << "vprint(['a', 'b'])"
+                                     << "start\na b";
+    QTest::newRow("array-like to vprint") << "vprint({length: 2, 0: 'x', 1: 'y'})"
+                                          << "start\nx y";
+    QTest::newRow("negative length") << "vprint({length: -1})"
+                                     << "start\n";
+    QTest::newRow("length is a text") << "vprint({length: '2', 0: 'x'})"
+                                      << "start\n";
+    QTest::newRow("in a strict function") << "(function() { 'use strict'; print('s'); })()"
+                                          << "start\ns";
+    QTest::newRow("as a callback") << "['a'].forEach(function(x) { print(x); })"
+                                   << "start\na";
 }
 
 void tst_KyScriptEngine::printJoinsItsArguments()

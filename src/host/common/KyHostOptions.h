@@ -15,4 +15,11 @@ struct KyHostOptions
     QString proxyHost; ///< Empty for no proxy.
     int proxyPort = 0;
     QList<std::pair<QString, QString>> properties; ///< Ids of application properties and their texts.
+
+    /// Takes the proxy from "HOST:PORT"; the host may be an IPv6 address in brackets. False, with nothing
+    /// changed, for anything else.
+    bool setProxy(const QString& inText);
+
+    /// Adds a property from "ID=TEXT". False, with nothing changed, for anything else.
+    bool addProperty(const QString& inText);
 };

@@ -51,29 +51,14 @@ constexpr const char* Description =
     "error but\n"
     "counts as the value of the run: throw new Error(...) to fail.";
 
-/// Fills host and port from "HOST:PORT". The host may be an IPv6 address in brackets.
-bool parseProxy(const QString& inText, KyHostOptions& outHost)
-{
-    const auto colon = inText.lastIndexOf(QLatin1Char(':'));
-    bool isNumber = false;
-    const int port = inText.mid(colon + 1).toInt(&isNumber);
-    if (colon < 1 || !isNumber || port < 1 || port > 65535)
-        return false;
-    outHost.proxyHost = inText.left(colon);
-    outHost.proxyPort = port;
-    return true;
-}
-
 /// Puts properties, proxy and timeout in; gives what is wrong with them, or nothing.
 QString parseValues(const QCommandLineParser& inParser, KyRunOptions& outOptions)
 {
     for (const QString& property : inParser.values(Property)) {
-        const auto equals = property.indexOf(QLatin1Char('='));
-        if (equals < 1)
+        if (!outOptions.host.addProperty(property))
             return text("--property needs ID=TEXT, not \"%1\"").arg(property);
-        outOptions.host.properties.append({property.left(equals), property.mid(equals + 1)});
     }
-    if (inParser.isSet(Proxy) && !parseProxy(inParser.value(Proxy), outOptions.host))
+    if (inParser.isSet(Proxy) && !outOptions.host.setProxy(inParser.value(Proxy)))
         return text("--proxy needs HOST:PORT, not \"%1\"").arg(inParser.value(Proxy));
     if (!inParser.isSet(Timeout))
         return QString();

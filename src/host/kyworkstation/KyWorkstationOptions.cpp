@@ -12,19 +12,6 @@ QString name(const char* inName)
     return QLatin1String(inName);
 }
 
-/// Fills host and port from "HOST:PORT". The host may be an IPv6 address in brackets.
-bool parseProxy(const QString& inText, KyHostOptions& outHost)
-{
-    const auto colon = inText.lastIndexOf(QLatin1Char(':'));
-    bool isNumber = false;
-    const int port = inText.mid(colon + 1).toInt(&isNumber);
-    if (colon < 1 || !isNumber || port < 1 || port > 65535)
-        return false;
-    outHost.proxyHost = inText.left(colon);
-    outHost.proxyPort = port;
-    return true;
-}
-
 QList<QCommandLineOption> valueOptions()
 {
     const auto tr = [](const char* text) { return KyWorkstationOptions::tr(text); };
@@ -42,13 +29,11 @@ QList<QCommandLineOption> valueOptions()
 QString parseValues(const QCommandLineParser& inParser, KyHostOptions& outHost)
 {
     for (const QString& property : inParser.values(name("property"))) {
-        const auto equals = property.indexOf(QLatin1Char('='));
-        if (equals < 1)
+        if (!outHost.addProperty(property))
             return KyWorkstationOptions::tr("--property needs ID=TEXT, not \"%1\"").arg(property);
-        outHost.properties.append({property.left(equals), property.mid(equals + 1)});
     }
     const QString proxy = inParser.value(name("proxy"));
-    if (inParser.isSet(name("proxy")) && !parseProxy(proxy, outHost))
+    if (inParser.isSet(name("proxy")) && !outHost.setProxy(proxy))
         return KyWorkstationOptions::tr("--proxy needs HOST:PORT, not \"%1\"").arg(proxy);
     return QString();
 }
