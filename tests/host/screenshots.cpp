@@ -80,7 +80,7 @@ bool takeAll(KyMainWindow& inWindow, const QDir& inFolder)
     inWindow.findChild<QAction*>("console.")->trigger();
     settle();
     QWidget* console = windowTitled("Console[QJSEngine]");
-    console->move(inWindow.pos() + QPoint(230, 120));
+    console->move(inWindow.pos() + QPoint(230, 180));
     auto* input = console->findChild<QPlainTextEdit*>("w_InputText");
     input->setPlainText(sSource);
     input->moveCursor(QTextCursor::End);

@@ -5,6 +5,8 @@
 #include <QtConcurrent/QtConcurrentRun>
 #include <QtCore/QPromise>
 
+#include <utility>
+
 namespace {
 
 void readFolder(QPromise<Ovg::StudySourceResult>& ioPromise, const QString& inFolder)
@@ -46,6 +48,7 @@ void KyStudyLoader::load(const QString& inFolder, Kind inKind)
 void KyStudyLoader::cancel()
 {
     mJobs.clear();
+    mIsCancelled = mIsLoading;
     mWatcher.cancel();
 }
 
@@ -60,7 +63,7 @@ void KyStudyLoader::startNext()
 void KyStudyLoader::jobFinished()
 {
     const QFuture<Ovg::StudySourceResult> future = mWatcher.future();
-    const bool isCancelled = future.isCanceled();
+    const bool isCancelled = std::exchange(mIsCancelled, false);
     if (!isCancelled && future.resultCount() > 0)
         Q_EMIT loaded(mCurrent.folder, mCurrent.kind, future.result());
     if (!mJobs.isEmpty()) {

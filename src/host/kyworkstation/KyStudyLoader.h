@@ -57,4 +57,5 @@ private:
     Job mCurrent;
     QFutureWatcher<Ovg::StudySourceResult> mWatcher;
     bool mIsLoading = false;
+    bool mIsCancelled = false;
 };

@@ -1,0 +1,969 @@
+// The workstation's window driven by real events, and the program as a process.
+
+#include <support/KyTest.h>
+#include <support/ModalAnswer.h>
+
+#include <common/KyHostPlatform.h>
+#include <kyscript/KyScriptInterface.h>
+#include <kyworkstation/KyLogModel.h>
+#include <kyworkstation/KyLogPane.h>
+#include <kyworkstation/KyMainWindow.h>
+#include <kyworkstation/KyScriptingMenu.h>
+#include <kyworkstation/KyStudyListModel.h>
+#include <kyworkstation/KyStudySession.h>
+#include <kyworkstation/KyWorkstationOptions.h>
+
+#include <ovbase/OvPropertyPool.h>
+#include <ovbase/OvTranslationProperty.h>
+#include <rnlib/RnLogFile.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDockWidget>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QProcess>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QStatusBar>
+#include <QTemporaryDir>
+#include <QTextEdit>
+#include <QToolButton>
+#include <QTreeView>
+#include <QTreeWidget>
+
+#include <optional>
+#include <thread>
+
+class tst_kyworkstation : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void folderFillsTheStudyList();
+    void folderIsOpenedByTheMenu();
+    void additionalFolderIsOpenedByTheMenu();
+    void folderIsOpenedByDrop();
+    void dropOfOtherThingsIsRefused();
+    void windowRespondsWhileStudiesAreRead();
+    void foldersAreReadOneAfterTheOther();
+    void loadingIsCancelledByItsButton();
+    void windowCanEndWhileStudiesAreRead();
+    void studyThatIsOpenedAgainStandsOnce();
+    void studyChangesItsList();
+    void missingFolderIsTold();
+    void folderWithoutStudiesIsTold();
+    void skippedFilesAreCounted();
+    void allStudiesAreClosedByTheMenu();
+    void studiesAreSortedByTheirValues();
+    void emptyListSaysHowToFillIt();
+
+    void consoleOpensByItsMenuAndEvaluates();
+    void consolesOfTwoEnginesAreApart();
+    void closedConsoleOpensAgain();
+    void newConsoleAsksForAName();
+    void cancelledNewConsoleChangesNothing();
+
+    void scriptRunsAndPrints();
+    void failingScriptIsTold();
+    void unreadableScriptIsTold_data();
+    void unreadableScriptIsTold();
+    void scriptIsChosenByTheMenu();
+    void recentScriptsRunAgain();
+    void recentScriptsAreBounded();
+
+    void logShowsLinesOfAllThreads();
+    void logIsFilteredByLevel();
+    void logIsSearched();
+    void logIsBounded();
+    void logIsCopiedAndCleared();
+
+    void settingsShowEveryPropertyUnderItsLabels();
+    void settingIsChangedByItsCheckBox();
+    void settingIsChangedByItsSpinBox();
+    void settingIsResetToItsDefault();
+    void unreadableSettingIsTakenBack();
+    void settingsFollowChangesFromElsewhere();
+    void settingsAreSearched();
+
+    void placesAndSettingsAreKeptBetweenStarts();
+    void closingTheWindowClosesTheConsoles();
+    void everyActionHasAKey();
+    void everyFieldHasAnAccessibleName();
+
+    void commandLineIsRead_data();
+    void commandLineIsRead();
+    void badCommandLineIsTold_data();
+    void badCommandLineIsTold();
+    void programShowsHelpAndVersion();
+    void programRefusesABadCommandLine_data();
+    void programRefusesABadCommandLine();
+    void programStartsAndReadsStudies();
+
+private:
+    void start();
+    void stop();
+    QTreeView& studyList() { return *mWindow->findChild<QTreeView*>("studyList"); }
+    QString cell(int inRow, int inColumn);
+    void waitForStudies(int inCount);
+    QString message() { return mWindow->statusBar()->currentMessage(); }
+    /// The action of the menus whose text, without mnemonics, is this.
+    QAction& action(const QString& inText);
+    QWidget& console(const QString& inName);
+    QString evaluate(QWidget& ioConsole, const QString& inSource);
+    QTreeView& logView() { return *mWindow->findChild<QTreeView*>("logView"); }
+    QTreeWidget& settings();
+    QTreeWidgetItem* setting(const QString& inLabel);
+    QString write(const QString& inName, const QByteArray& inText);
+
+    QTemporaryDir mFolder;
+    QString mSample;
+    std::unique_ptr<QTemporaryDir> mProfile;
+    std::unique_ptr<KyHostPlatform> mPlatform;
+    std::unique_ptr<KyMainWindow> mWindow;
+};
+
+namespace {
+
+constexpr int sSampleStudies = 3;
+constexpr int sSampleImages = 80;
+
+QWidget* windowTitled(const QString& inTitle)
+{
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (window->windowTitle() == inTitle)
+            return window;
+    }
+    return nullptr;
+}
+
+QString plain(QString inText)
+{
+    return inText.remove('&').remove(QStringLiteral("…"));
+}
+
+/// The answer to a file dialog: takes \a inPath.
+ModalAnswer::Answer choosing(const QString& inPath)
+{
+    return [inPath](QWidget* window) {
+        auto* dialog = qobject_cast<QFileDialog*>(window);
+        QVERIFY(dialog);
+        dialog->selectFile(inPath);
+        auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
+        name->setText(inPath);
+        QMetaObject::invokeMethod(dialog, "accept");
+    };
+}
+
+struct Finished
+{
+    int status;
+    QString out;
+    QString err;
+};
+
+Finished runProgram(const QStringList& inArguments)
+{
+    QProcess process;
+    process.start(KYWORKSTATION, inArguments);
+    if (!process.waitForFinished(20'000))
+        return {-1, QString(), process.errorString()};
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+} // namespace
+
+void tst_kyworkstation::initTestCase()
+{
+    QVERIFY(mFolder.isValid());
+    mSample = mFolder.filePath("sample");
+    QCOMPARE(QProcess::execute(KYSAMPLE, {mSample}), 0);
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    KyScriptingMenu::registerProperties();
+}
+
+void tst_kyworkstation::init()
+{
+    mProfile = std::make_unique<QTemporaryDir>();
+    start();
+}
+
+void tst_kyworkstation::cleanup()
+{
+    stop();
+    mProfile.reset();
+}
+
+void tst_kyworkstation::start()
+{
+    KyHostOptions options;
+    options.profile = mProfile->path();
+    mPlatform = std::make_unique<KyHostPlatform>(options);
+    mWindow = std::make_unique<KyMainWindow>();
+    mWindow->show();
+    QVERIFY(QTest::qWaitForWindowExposed(mWindow.get()));
+}
+
+void tst_kyworkstation::stop()
+{
+    mWindow->close();
+    mWindow.reset();
+    mPlatform.reset();
+}
+
+QString tst_kyworkstation::write(const QString& inName, const QByteArray& inText)
+{
+    QFile file(mFolder.filePath(inName));
+    if (!file.open(QIODevice::WriteOnly) || file.write(inText) != inText.size())
+        qFatal("cannot write %s", qPrintable(inName));
+    return file.fileName();
+}
+
+QString tst_kyworkstation::cell(int inRow, int inColumn)
+{
+    return studyList().model()->index(inRow, inColumn).data().toString();
+}
+
+void tst_kyworkstation::waitForStudies(int inCount)
+{
+    QTRY_COMPARE_WITH_TIMEOUT(studyList().model()->rowCount(), inCount, 20'000);
+}
+
+QAction& tst_kyworkstation::action(const QString& inText)
+{
+    for (QAction* found : mWindow->findChildren<QAction*>()) {
+        if (plain(found->text()) == inText)
+            return *found;
+    }
+    qFatal("no action %s", qPrintable(inText));
+}
+
+QWidget& tst_kyworkstation::console(const QString& inName)
+{
+    mWindow->findChild<QAction*>("console." + inName)->trigger();
+    const QString title = QStringLiteral("Console[QJSEngine]");
+    QWidget* found = windowTitled(inName.isEmpty() ? title : title + QStringLiteral(" (%1)").arg(inName));
+    if (!found)
+        qFatal("no console %s", qPrintable(inName));
+    return *found;
+}
+
+/// Types a line into the console and clicks "Evaluate"; gives what the output shows.
+QString tst_kyworkstation::evaluate(QWidget& ioConsole, const QString& inSource)
+{
+    auto* input = ioConsole.findChild<QPlainTextEdit*>("w_InputText");
+    QTest::keySequence(input, QKeySequence::SelectAll);
+    QTest::keyClick(input, Qt::Key_Delete);
+    QTest::keyClicks(input, inSource);
+    QTest::mouseClick(ioConsole.findChild<QPushButton*>("w_Evaluate"), Qt::LeftButton);
+    return ioConsole.findChild<QTextEdit*>("w_OutputText")->toPlainText();
+}
+
+void tst_kyworkstation::folderFillsTheStudyList()
+{
+    QCOMPARE(studyList().model()->rowCount(), 0);
+    mWindow->openFolder(mSample);
+    waitForStudies(sSampleStudies);
+    QCOMPARE(cell(0, KyStudyListModel::Patient), QString::fromUtf8("Müller, Änne"));
+    QCOMPARE(cell(0, KyStudyListModel::PatientId), QStringLiteral("SAMPLE-1001"));
+    QCOMPARE(cell(0, KyStudyListModel::BirthDate), QLocale().toString(QDate(1958, 4, 12), "d MMM yyyy"));
+    QCOMPARE(cell(0, KyStudyListModel::StudyDate), QLocale().toString(QDate(2024, 3, 11), "d MMM yyyy"));
+    QCOMPARE(cell(0, KyStudyListModel::Description), QStringLiteral("CT Thorax nativ, Erstuntersuchung"));
+    QCOMPARE(cell(0, KyStudyListModel::Modalities), QStringLiteral("CT"));
+    QCOMPARE(cell(0, KyStudyListModel::Images), QStringLiteral("40"));
+    QCOMPARE(cell(2, KyStudyListModel::Patient), QString::fromUtf8("Sørensen, Bjørn"));
+    QCOMPARE(mWindow->findChild<QLabel*>("summary")->text(),
+             QStringLiteral("Studies: %1   Images: %2").arg(sSampleStudies).arg(sSampleImages));
+    QTRY_VERIFY(message().contains(mSample));
+    QVERIFY(!mWindow->findChild<QProgressBar*>("progress")->isVisible());
+    QVERIFY(!mWindow->findChild<QToolButton*>("cancelLoading")->isVisible());
+    QCOMPARE(KyStudySession::primary().size(), size_t(sSampleStudies));
+    QVERIFY(KyStudySession::additional().empty());
+}
+
+void tst_kyworkstation::folderIsOpenedByTheMenu()
+{
+    const ModalAnswer answer(choosing(mSample));
+    action("Open Folder").trigger();
+    QVERIFY(answer.happened());
+    waitForStudies(sSampleStudies);
+}
+
+void tst_kyworkstation::additionalFolderIsOpenedByTheMenu()
+{
+    const ModalAnswer answer(choosing(mSample));
+    action("Open Additional Folder").trigger();
+    waitForStudies(sSampleStudies);
+    QVERIFY(KyStudySession::primary().empty());
+    QCOMPARE(KyStudySession::additional().size(), size_t(sSampleStudies));
+    QVERIFY(studyList().model()->index(0, 0).data(Qt::FontRole).value<QFont>().italic());
+}
+
+void tst_kyworkstation::folderIsOpenedByDrop()
+{
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(mSample)});
+    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    enter.setAccepted(false);
+    QCoreApplication::sendEvent(mWindow.get(), &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(mWindow.get(), &drop);
+    waitForStudies(sSampleStudies);
+}
+
+void tst_kyworkstation::dropOfOtherThingsIsRefused()
+{
+    QMimeData data;
+    data.setText("text");
+    data.setUrls({QUrl("https://example.org/")});
+    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    enter.setAccepted(false);
+    QCoreApplication::sendEvent(mWindow.get(), &enter);
+    QVERIFY(!enter.isAccepted());
+}
+
+void tst_kyworkstation::windowRespondsWhileStudiesAreRead()
+{
+    int turns = 0;
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, this, [&] { ++turns; });
+    timer.start(0);
+    mWindow->openFolder(mSample);
+    QVERIFY(mWindow->findChild<QProgressBar*>("progress")->isVisible());
+    QVERIFY(mWindow->findChild<QToolButton*>("cancelLoading")->isVisible());
+    QCOMPARE(turns, 0);
+    waitForStudies(sSampleStudies);
+    QVERIFY2(turns > 5, qPrintable(QString::number(turns)));
+}
+
+void tst_kyworkstation::foldersAreReadOneAfterTheOther()
+{
+    const QDir sample(mSample);
+    const QStringList parts = sample.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    QVERIFY(parts.size() > 1);
+    for (const QString& part : parts)
+        mWindow->openFolder(sample.filePath(part));
+    waitForStudies(sSampleStudies);
+}
+
+void tst_kyworkstation::loadingIsCancelledByItsButton()
+{
+    mWindow->openFolder(mSample);
+    mWindow->openFolder(mSample, KyStudyLoader::Kind::Additional);
+    auto* cancel = mWindow->findChild<QToolButton*>("cancelLoading");
+    QTest::mouseClick(cancel, Qt::LeftButton);
+    QTRY_VERIFY(!cancel->isVisible());
+    QCOMPARE(message(), QStringLiteral("Loading was cancelled"));
+    QCOMPARE(studyList().model()->rowCount(), 0);
+
+    mWindow->openFolder(mSample);
+    waitForStudies(sSampleStudies);
+}
+
+void tst_kyworkstation::windowCanEndWhileStudiesAreRead()
+{
+    mWindow->openFolder(mSample);
+    mWindow.reset();
+    QVERIFY(KyStudySession::primary().empty());
+    mWindow = std::make_unique<KyMainWindow>();
+}
+
+void tst_kyworkstation::studyThatIsOpenedAgainStandsOnce()
+{
+    mWindow->openFolder(mSample);
+    mWindow->openFolder(mSample);
+    auto* progress = mWindow->findChild<QProgressBar*>("progress");
+    QTRY_VERIFY_WITH_TIMEOUT(!progress->isVisible(), 20'000);
+    QCOMPARE(studyList().model()->rowCount(), sSampleStudies);
+}
+
+void tst_kyworkstation::studyChangesItsList()
+{
+    mWindow->openFolder(mSample);
+    mWindow->openFolder(mSample, KyStudyLoader::Kind::Additional);
+    auto* progress = mWindow->findChild<QProgressBar*>("progress");
+    QTRY_VERIFY_WITH_TIMEOUT(!progress->isVisible(), 20'000);
+    QVERIFY(KyStudySession::primary().empty());
+    QCOMPARE(KyStudySession::additional().size(), size_t(sSampleStudies));
+}
+
+void tst_kyworkstation::missingFolderIsTold()
+{
+    mWindow->openFolder(mFolder.filePath("missing"));
+    QTRY_VERIFY(!mWindow->findChild<QProgressBar*>("progress")->isVisible());
+    QVERIFY2(message().contains("missing"), qPrintable(message()));
+}
+
+void tst_kyworkstation::folderWithoutStudiesIsTold()
+{
+    QTemporaryDir empty;
+    mWindow->openFolder(empty.path());
+    QTRY_COMPARE(message(), QStringLiteral("There is no DICOM study below %1").arg(empty.path()));
+}
+
+void tst_kyworkstation::skippedFilesAreCounted()
+{
+    QTemporaryDir folder;
+    QFile text(folder.filePath("readme.txt"));
+    QVERIFY(text.open(QIODevice::WriteOnly));
+    text.write("no DICOM");
+    text.close();
+    mWindow->openFolder(folder.path());
+    QTRY_VERIFY(message().contains("files skipped: 1"));
+    QTRY_VERIFY(logView().model()->rowCount() > 0);
+}
+
+void tst_kyworkstation::allStudiesAreClosedByTheMenu()
+{
+    mWindow->openFolder(mSample);
+    waitForStudies(sSampleStudies);
+    action("Close All Studies").trigger();
+    QCOMPARE(studyList().model()->rowCount(), 0);
+    QVERIFY(KyStudySession::primary().empty());
+}
+
+void tst_kyworkstation::studiesAreSortedByTheirValues()
+{
+    mWindow->openFolder(mSample);
+    waitForStudies(sSampleStudies);
+    studyList().sortByColumn(KyStudyListModel::StudyDate, Qt::DescendingOrder);
+    QCOMPARE(cell(0, KyStudyListModel::PatientId), QStringLiteral("SAMPLE-1002"));
+    studyList().sortByColumn(KyStudyListModel::Images, Qt::DescendingOrder);
+    QCOMPARE(cell(0, KyStudyListModel::Images), QStringLiteral("40"));
+    studyList().sortByColumn(KyStudyListModel::BirthDate, Qt::DescendingOrder);
+    QCOMPARE(cell(0, KyStudyListModel::PatientId), QStringLiteral("SAMPLE-1002"));
+}
+
+void tst_kyworkstation::emptyListSaysHowToFillIt()
+{
+    const QImage empty = studyList().viewport()->grab().toImage();
+    QImage blank(empty.size(), empty.format());
+    blank.fill(studyList().palette().color(QPalette::Base));
+    QVERIFY(empty != blank);
+}
+
+void tst_kyworkstation::consoleOpensByItsMenuAndEvaluates()
+{
+    mWindow->openFolder(mSample);
+    waitForStudies(sSampleStudies);
+    QWidget& window = console(QString());
+    QVERIFY(window.isVisible());
+    QCOMPARE(evaluate(window, "StudyList.get(\"ALL_STUDIES_OF_PATIENT\").length"), QStringLiteral("2"));
+    QCOMPARE(evaluate(window, "print('a', 1); StudyList.get('PRIMARY_STUDIES').length"),
+             QStringLiteral("a 1\n3"));
+}
+
+void tst_kyworkstation::consolesOfTwoEnginesAreApart()
+{
+    QWidget& tools = console("Tools");
+    QWidget& reports = console("Reports");
+    QVERIFY(&tools != &reports);
+    evaluate(tools, "var who = 'tools'");
+    evaluate(reports, "var who = 'reports'");
+    QCOMPARE(evaluate(tools, "who"), QStringLiteral("tools"));
+    QCOMPARE(evaluate(reports, "who"), QStringLiteral("reports"));
+    QCOMPARE(evaluate(console(QString()), "typeof who"), QStringLiteral("undefined"));
+}
+
+void tst_kyworkstation::closedConsoleOpensAgain()
+{
+    QWidget& window = console("Tools");
+    evaluate(window, "'kept'");
+    window.close();
+    QVERIFY(!window.isVisible());
+    QCOMPARE(&console("Tools"), &window);
+    QVERIFY(window.isVisible());
+    QCOMPARE(window.findChild<QTextEdit*>("w_OutputText")->toPlainText(), QStringLiteral("kept"));
+}
+
+void tst_kyworkstation::newConsoleAsksForAName()
+{
+    const ModalAnswer answer([](QWidget* window) {
+        auto* dialog = qobject_cast<QInputDialog*>(window);
+        QVERIFY(dialog);
+        QTest::keyClicks(dialog->findChild<QLineEdit*>(), " Fresh & new ");
+        dialog->accept();
+    });
+    action("New Console").trigger();
+    QWidget* window = windowTitled("Console[QJSEngine] (Fresh & new)");
+    QVERIFY(window && window->isVisible());
+    QVERIFY(mWindow->findChild<QAction*>("console.Fresh & new"));
+    QVERIFY(OvPropertyPool::instance()
+                ->value<QList<QString>>("Workstation.ConsoleNames", {})
+                .contains(QStringLiteral("Fresh & new")));
+}
+
+void tst_kyworkstation::cancelledNewConsoleChangesNothing()
+{
+    const auto before = OvPropertyPool::instance()->value<QList<QString>>("Workstation.ConsoleNames", {});
+    const ModalAnswer answer([](QWidget* window) { qobject_cast<QDialog*>(window)->reject(); });
+    action("New Console").trigger();
+    QVERIFY(answer.happened());
+    QCOMPARE(OvPropertyPool::instance()->value<QList<QString>>("Workstation.ConsoleNames", {}), before);
+}
+
+void tst_kyworkstation::scriptRunsAndPrints()
+{
+    mWindow->openFolder(mSample);
+    waitForStudies(sSampleStudies);
+    KyScriptInterface::getInstance(QString()).globalObject().deleteProperty("print");
+    mWindow->runScript(
+        write("count.js", "print('studies', StudyList.get('PRIMARY_STUDIES').length)\n'value'"));
+    auto* output = mWindow->findChild<QTextEdit*>("scriptOutputText");
+    QVERIFY2(output->toPlainText().endsWith("count.js\nstudies 3\nvalue"), qPrintable(output->toPlainText()));
+    QVERIFY(output->isVisible());
+}
+
+void tst_kyworkstation::failingScriptIsTold()
+{
+    mWindow->runScript(write("bad.js", "1;\n\nthrow new Error('this <b>fails</b>')"));
+    const QString shown = mWindow->findChild<QTextEdit*>("scriptOutputText")->toPlainText();
+    QVERIFY2(shown.contains("Exception: this <b>fails</b>\nLine: 3"), qPrintable(shown));
+}
+
+void tst_kyworkstation::unreadableScriptIsTold_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::newRow("missing") << mFolder.filePath("missing.js");
+    QTest::newRow("not UTF-8") << write("latin1.js", "'M\xfcller'");
+    QTest::newRow("folder") << mFolder.path();
+}
+
+void tst_kyworkstation::unreadableScriptIsTold()
+{
+    QFETCH(QString, file);
+    mWindow->runScript(file);
+    QVERIFY2(message().startsWith("Cannot read the script " + file), qPrintable(message()));
+    QVERIFY(OvPropertyPool::instance()->value<QList<QString>>("Workstation.RecentScripts", {}).isEmpty());
+}
+
+void tst_kyworkstation::scriptIsChosenByTheMenu()
+{
+    const QString file = write("chosen.js", "6 * 7");
+    const ModalAnswer answer(choosing(file));
+    action("Run Script").trigger();
+    QVERIFY(answer.happened());
+    QVERIFY(mWindow->findChild<QTextEdit*>("scriptOutputText")->toPlainText().endsWith("\n42"));
+}
+
+void tst_kyworkstation::recentScriptsRunAgain()
+{
+    const QString file =
+        write("again & again.js", "var runs = (typeof runs === 'undefined' ? 0 : runs) + 1; runs");
+    mWindow->runScript(file);
+    auto* menu = mWindow->findChild<QMenu*>("recentScripts");
+    Q_EMIT menu->aboutToShow();
+    QVERIFY(menu->isEnabled());
+    QCOMPARE(menu->actions().first()->text(), QStringLiteral("&1  again && again.js"));
+    menu->actions().first()->trigger();
+    const QStringList shown = mWindow->findChild<QTextEdit*>("scriptOutputText")->toPlainText().split('\n');
+    QCOMPARE(shown.last().toInt(), shown.at(1).toInt() + 1);
+}
+
+void tst_kyworkstation::recentScriptsAreBounded()
+{
+    for (int i = 0; i < 12; ++i)
+        KyScriptingMenu::addRecentScript(QStringLiteral("/s/%1.js").arg(i));
+    KyScriptingMenu::addRecentScript("/s/7.js");
+    const auto recent = OvPropertyPool::instance()->value<QList<QString>>("Workstation.RecentScripts", {});
+    QCOMPARE(recent.size(), KyScriptingMenu::MaxRecentScripts);
+    QCOMPARE(recent.mid(0, 3), QList<QString>({"/s/7.js", "/s/11.js", "/s/10.js"}));
+    auto* menu = mWindow->findChild<QMenu*>("recentScripts");
+    Q_EMIT menu->aboutToShow();
+    menu->actions().last()->trigger();
+    QVERIFY(!menu->isEnabled());
+}
+
+void tst_kyworkstation::logShowsLinesOfAllThreads()
+{
+    const QAbstractItemModel& lines = *logView().model();
+    const int before = lines.rowCount();
+    getTheLogInstance().trace(3, "Here", "first line\nsecond line");
+    std::thread([] { getTheLogInstance().trace(1, "There", "M\xfcller"); }).join();
+    QTRY_COMPARE(lines.rowCount(), before + 2);
+    QCOMPARE(lines.index(before, KyLogModel::Level).data().toString(), QStringLiteral("Error"));
+    QVERIFY(!lines.index(before, KyLogModel::Level).data(Qt::DecorationRole).value<QIcon>().isNull());
+    QCOMPARE(lines.index(before, KyLogModel::Context).data().toString(), QStringLiteral("Here"));
+    QCOMPARE(lines.index(before, KyLogModel::Text).data().toString(), QString::fromUtf8("first line …"));
+    QCOMPARE(lines.index(before, KyLogModel::Text).data(Qt::ToolTipRole).toString(),
+             QStringLiteral("first line\nsecond line"));
+    QCOMPARE(lines.index(before + 1, KyLogModel::Text).data().toString(), QString::fromUtf8("Müller"));
+}
+
+void tst_kyworkstation::logIsFilteredByLevel()
+{
+    for (int level = 0; level <= 3; ++level)
+        getTheLogInstance().trace(level, "Levels", "line");
+    QTRY_VERIFY(logView().model()->rowCount() >= 4);
+    auto* levels = mWindow->findChild<QComboBox*>("logLevels");
+    QCOMPARE(levels->count(), 4);
+    const int all = logView().model()->rowCount();
+    QTest::keyClick(levels, Qt::Key_End);
+    QVERIFY(logView().model()->rowCount() < all);
+    for (int row = 0; row < logView().model()->rowCount(); ++row)
+        QCOMPARE(logView().model()->index(row, 0).data(KyLogModel::LevelRole).toInt(), 3);
+    QTest::keyClick(levels, Qt::Key_Home);
+    QCOMPARE(logView().model()->rowCount(), all);
+}
+
+void tst_kyworkstation::logIsSearched()
+{
+    getTheLogInstance().trace(1, "Search", "a Needle here\nand a thread there");
+    getTheLogInstance().trace(1, "Search", "only hay");
+    QTRY_VERIFY(logView().model()->rowCount() >= 2);
+    auto* search = mWindow->findChild<QLineEdit*>("logSearch");
+    QTest::keyClicks(search, "needle");
+    QCOMPARE(logView().model()->rowCount(), 1);
+    search->clear();
+    QTest::keyClicks(search, "THREAD");
+    QCOMPARE(logView().model()->rowCount(), 1);
+    search->clear();
+    QTest::keyClicks(search, "search");
+    QCOMPARE(logView().model()->rowCount(), 2);
+}
+
+void tst_kyworkstation::logIsBounded()
+{
+    for (int i = 0; i < KyLogModel::MaxLines + 500; ++i)
+        getTheLogInstance().tracef(1, "Many", "line %d", i);
+    const QAbstractItemModel& lines = *logView().model();
+    QTRY_COMPARE(lines.rowCount(), KyLogModel::MaxLines);
+    QCOMPARE(lines.index(KyLogModel::MaxLines - 1, KyLogModel::Text).data().toString(),
+             QStringLiteral("line %1").arg(KyLogModel::MaxLines + 499));
+    getTheLogInstance().trace(1, "Many", "last");
+    QTRY_COMPARE(lines.index(KyLogModel::MaxLines - 1, KyLogModel::Text).data().toString(),
+                 QStringLiteral("last"));
+    QCOMPARE(lines.rowCount(), KyLogModel::MaxLines);
+}
+
+void tst_kyworkstation::logIsCopiedAndCleared()
+{
+    getTheLogInstance().trace(2, "Copy", "one\ntwo");
+    const QAbstractItemModel& lines = *logView().model();
+    QTRY_VERIFY(lines.rowCount() > 0);
+    logView().setCurrentIndex(lines.index(lines.rowCount() - 1, 0));
+    logView().actions().first()->trigger();
+    QVERIFY2(QGuiApplication::clipboard()->text().endsWith("\tWarning\tCopy\tone\ntwo"),
+             qPrintable(QGuiApplication::clipboard()->text()));
+    for (QPushButton* button : mWindow->findChildren<QPushButton*>()) {
+        if (plain(button->text()) == "Clear")
+            QTest::mouseClick(button, Qt::LeftButton);
+    }
+    QCOMPARE(lines.rowCount(), 0);
+}
+
+QTreeWidget& tst_kyworkstation::settings()
+{
+    action("Settings").trigger();
+    return *mWindow->findChild<QWidget*>("settings")->findChild<QTreeWidget*>();
+}
+
+QTreeWidgetItem* tst_kyworkstation::setting(const QString& inLabel)
+{
+    const auto found = settings().findItems(inLabel, Qt::MatchExactly | Qt::MatchRecursive);
+    return found.isEmpty() ? nullptr : found.first();
+}
+
+void tst_kyworkstation::settingsShowEveryPropertyUnderItsLabels()
+{
+    QTreeWidget& tree = settings();
+    for (const OvVariant* property : OvPropertyPool::instance()->variants()) {
+        const QString id = QString::fromLatin1(property->identifier().c_str());
+        QTreeWidgetItem* item = setting(OvTranslationProperty::label(id));
+        QVERIFY2(item, qPrintable(id));
+        QCOMPARE(item->toolTip(0), id);
+        QVERIFY(tree.itemWidget(item, 1));
+    }
+    QTreeWidgetItem* indentation = setting("Automatic Indentation");
+    QCOMPARE(indentation->parent()->text(0), QStringLiteral("Scripting Console"));
+    QCOMPARE(indentation->parent()->parent()->text(0), QStringLiteral("Advanced Settings"));
+    QCOMPARE(setting("Number of Logged Lines for Scripts")->parent(), indentation->parent()->parent());
+}
+
+void tst_kyworkstation::settingIsChangedByItsCheckBox()
+{
+    const auto isOn = [] {
+        return OvPropertyPool::instance()->value<bool>("AdvancedSettings.ScriptingConsole.AutoIndentation",
+                                                       false);
+    };
+    auto* box = settings().itemWidget(setting("Automatic Indentation"), 1)->findChild<QCheckBox*>();
+    QVERIFY(box->isChecked() && isOn());
+    QTest::keyClick(box, Qt::Key_Space);
+    QVERIFY(!isOn());
+    QTest::keyClick(box, Qt::Key_Space);
+    QVERIFY(isOn());
+}
+
+void tst_kyworkstation::settingIsChangedByItsSpinBox()
+{
+    auto* box =
+        settings().itemWidget(setting("Number of Logged Lines for Scripts"), 1)->findChild<QSpinBox*>();
+    QCOMPARE(box->value(), 1);
+    QTest::keyClick(box, Qt::Key_Up);
+    QCOMPARE(OvPropertyPool::instance()->value<int>("Scripting.LogNumLines", -9), 2);
+    box->selectAll();
+    QTest::keyClicks(box, "-1");
+    QCOMPARE(OvPropertyPool::instance()->value<int>("Scripting.LogNumLines", -9), 2);
+    QTest::keyClick(box, Qt::Key_Return);
+    QCOMPARE(OvPropertyPool::instance()->value<int>("Scripting.LogNumLines", -9), -1);
+}
+
+void tst_kyworkstation::settingIsResetToItsDefault()
+{
+    QWidget* editor = settings().itemWidget(setting("Number of Logged Lines for Scripts"), 1);
+    auto* reset = editor->findChild<QToolButton*>();
+    QVERIFY(!reset->isEnabled());
+    QTest::keyClick(editor->findChild<QSpinBox*>(), Qt::Key_Up);
+    QVERIFY(reset->isEnabled());
+    QTest::mouseClick(reset, Qt::LeftButton);
+    QCOMPARE(OvPropertyPool::instance()->value<int>("Scripting.LogNumLines", -9), 1);
+    QCOMPARE(editor->findChild<QSpinBox*>()->value(), 1);
+    QVERIFY(!reset->isEnabled());
+    stop();
+    start();
+    QCOMPARE(OvPropertyPool::instance()->value<int>("Scripting.LogNumLines", -9), 1);
+}
+
+void tst_kyworkstation::unreadableSettingIsTakenBack()
+{
+    auto* line =
+        settings().itemWidget(setting("Engines with a Console in the Menu"), 1)->findChild<QLineEdit*>();
+    QCOMPARE(line->text(), QStringLiteral("Reports,Tools"));
+    line->selectAll();
+    QTest::keyClicks(line, "\"not closed");
+    QTest::keyClick(line, Qt::Key_Return);
+    QCOMPARE(line->text(), QStringLiteral("Reports,Tools"));
+    line->selectAll();
+    QTest::keyClicks(line, "One,\"Two, Three\"");
+    QTest::keyClick(line, Qt::Key_Return);
+    QCOMPARE(OvPropertyPool::instance()->value<QList<QString>>("Workstation.ConsoleNames", {}),
+             QList<QString>({"One", "Two, Three"}));
+    auto* menu = mWindow->findChild<QMenu*>("scriptingMenu");
+    Q_EMIT menu->aboutToShow();
+    QVERIFY(mWindow->findChild<QAction*>("console.Two, Three"));
+    QVERIFY(!mWindow->findChild<QAction*>("console.Tools"));
+}
+
+void tst_kyworkstation::settingsFollowChangesFromElsewhere()
+{
+    auto* box = settings().itemWidget(setting("Automatic Indentation"), 1)->findChild<QCheckBox*>();
+    OvVariant* property =
+        OvPropertyPool::instance()->variant("AdvancedSettings.ScriptingConsole.AutoIndentation");
+    QVERIFY(property->setValueFromQString("false"));
+    QVERIFY(!box->isChecked());
+    OvPropertyPool::instance()->property<double>("Added.LaterOn", 2.5,
+                                                 OvPropertyPool::instance()->defaultSerializer());
+    QTreeWidgetItem* added = setting("Later On");
+    QVERIFY(added);
+    QCOMPARE(added->parent()->text(0), QStringLiteral("Added"));
+}
+
+void tst_kyworkstation::settingsAreSearched()
+{
+    QTreeWidget& tree = settings();
+    auto* search = mWindow->findChild<QWidget*>("settings")
+                       ->findChild<QLineEdit*>(QString(), Qt::FindDirectChildrenOnly);
+    QTest::keyClicks(search, "indent");
+    QVERIFY(!setting("Automatic Indentation")->isHidden());
+    QVERIFY(!setting("Scripting Console")->isHidden());
+    QVERIFY(setting("Date Format")->isHidden());
+    QVERIFY(setting("General")->isHidden());
+    search->clear();
+    QTest::keyClicks(search, "general");
+    QVERIFY(!setting("Date Format")->isHidden());
+    QVERIFY(setting("Automatic Indentation")->isHidden());
+    search->clear();
+    for (int i = 0; i < tree.topLevelItemCount(); ++i)
+        QVERIFY(!tree.topLevelItem(i)->isHidden());
+}
+
+void tst_kyworkstation::placesAndSettingsAreKeptBetweenStarts()
+{
+    mWindow->setGeometry(30, 40, 700, 500);
+    studyList().setColumnWidth(KyStudyListModel::Description, 123);
+    mWindow->findChild<QDockWidget*>("logDock")->hide();
+    OvPropertyPool::instance()->variant("Scripting.LogNumLines")->setValueFromQString("5");
+    KyScriptingMenu::addRecentScript("/s/kept.js");
+    stop();
+    start();
+    QCOMPARE(mWindow->geometry(), QRect(30, 40, 700, 500));
+    QCOMPARE(studyList().columnWidth(KyStudyListModel::Description), 123);
+    QVERIFY(!mWindow->findChild<QDockWidget*>("logDock")->isVisible());
+    QCOMPARE(OvPropertyPool::instance()->value<int>("Scripting.LogNumLines", -9), 5);
+    QCOMPARE(mWindow->findChild<QMenu*>("recentScripts")->actions().first()->statusTip(),
+             QStringLiteral("/s/kept.js"));
+}
+
+void tst_kyworkstation::closingTheWindowClosesTheConsoles()
+{
+    QWidget& window = console("Tools");
+    settings();
+    mWindow->close();
+    QVERIFY(!window.isVisible());
+    QVERIFY(!mWindow->isVisible());
+}
+
+void tst_kyworkstation::everyActionHasAKey()
+{
+    int count = 0;
+    QList<QKeySequence> keys;
+    for (QMenu* menu : mWindow->menuBar()->findChildren<QMenu*>() + mWindow->findChildren<QMenu*>()) {
+        for (const QAction* entry : menu->actions()) {
+            if (entry->isSeparator())
+                continue;
+            ++count;
+            QVERIFY2(QString(entry->text()).remove("&&").contains('&') || !entry->shortcut().isEmpty(),
+                     qPrintable(entry->text()));
+        }
+    }
+    QVERIFY(count > 10);
+    for (const QAction* entry : mWindow->findChildren<QAction*>()) {
+        if (entry->shortcut().isEmpty())
+            continue;
+        QVERIFY2(!keys.contains(entry->shortcut()), qPrintable(entry->text()));
+        keys.append(entry->shortcut());
+    }
+}
+
+void tst_kyworkstation::everyFieldHasAnAccessibleName()
+{
+    settings();
+    for (const char* name :
+         {"studyList", "logView", "logLevels", "logSearch", "progress", "scriptOutputText"})
+        QVERIFY2(!mWindow->findChild<QWidget*>(name)->accessibleName().isEmpty(), name);
+    for (QWidget* field : mWindow->findChild<QWidget*>("settings")->findChildren<QWidget*>()) {
+        const bool isField =
+            qobject_cast<QCheckBox*>(field) || qobject_cast<QAbstractSpinBox*>(field) ||
+            qobject_cast<QToolButton*>(field) ||
+            (qobject_cast<QLineEdit*>(field) && !qobject_cast<QAbstractSpinBox*>(field->parent()));
+        if (isField && field->focusPolicy() != Qt::NoFocus && !field->objectName().startsWith("qt_"))
+            QVERIFY2(!field->accessibleName().isEmpty(), field->metaObject()->className());
+    }
+}
+
+void tst_kyworkstation::commandLineIsRead_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("read");
+    QTest::newRow("studies") << QStringList{"-s", "/a", "--studies", "/b"} << "studies=/a,/b";
+    QTest::newRow("folders without an option") << QStringList{"/c", "-s", "/a", "/d"} << "studies=/a,/c,/d";
+    QTest::newRow("additional") << QStringList{"--additional", "/p"} << "additional=/p";
+    QTest::newRow("profile") << QStringList{"--profile", "/x"} << "profile=/x";
+    QTest::newRow("proxy") << QStringList{"--proxy", "host:8080"} << "proxy=host 8080";
+    QTest::newRow("IPv6 proxy") << QStringList{"--proxy", "[::1]:80"} << "proxy=[::1] 80";
+    QTest::newRow("property") << QStringList{"--property", "A.b=c=d"} << "property=A.b|c=d";
+    QTest::newRow("log") << QStringList{"--log", "-"} << "log=-";
+}
+
+void tst_kyworkstation::commandLineIsRead()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, read);
+    KyWorkstationOptions options;
+    QString text;
+    QCOMPARE(options.parse(QStringList{"kyworkstation"} + arguments, text),
+             KyWorkstationOptions::Outcome::Run);
+    QStringList found{"studies=" + options.host.studyFolders.join(','),
+                      "additional=" + options.host.additionalFolders.join(','),
+                      "profile=" + options.host.profile,
+                      QStringLiteral("proxy=%1 %2").arg(options.host.proxyHost).arg(options.host.proxyPort),
+                      "log=" + options.logFile};
+    for (const auto& [id, value] : options.host.properties)
+        found.append(QStringLiteral("property=%1|%2").arg(id, value));
+    QVERIFY2(found.contains(read), qPrintable(found.join(' ')));
+    QVERIFY(!options.host.profile.isEmpty());
+}
+
+void tst_kyworkstation::badCommandLineIsTold_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("unknown option") << QStringList{"--nonsense"};
+    QTest::newRow("option without a value") << QStringList{"--studies"};
+    QTest::newRow("property without a text") << QStringList{"--property", "A.b"};
+    QTest::newRow("property without an id") << QStringList{"--property", "=b"};
+    QTest::newRow("proxy without a port") << QStringList{"--proxy", "host"};
+    QTest::newRow("port out of range") << QStringList{"--proxy", "host:70000"};
+    QTest::newRow("port is no number") << QStringList{"--proxy", "host:http"};
+}
+
+void tst_kyworkstation::badCommandLineIsTold()
+{
+    QFETCH(QStringList, arguments);
+    KyWorkstationOptions options;
+    QString text;
+    QCOMPARE(options.parse(QStringList{"kyworkstation"} + arguments, text),
+             KyWorkstationOptions::Outcome::Bad);
+    QVERIFY(!text.isEmpty());
+    QVERIFY(!text.contains('\n'));
+}
+
+void tst_kyworkstation::programShowsHelpAndVersion()
+{
+    const Finished help = runProgram({"--help"});
+    QCOMPARE(help.status, 0);
+    for (const char* option : {"--studies", "--additional", "--profile", "--property", "--log", "--proxy"})
+        QVERIFY2(help.out.contains(option), option);
+    const Finished version = runProgram({"--version"});
+    QCOMPARE(version.status, 0);
+    QVERIFY2(QRegularExpression("^kyworkstation \\d+\\.\\d+\\.\\d+\n$").match(version.out).hasMatch(),
+             qPrintable(version.out));
+}
+
+void tst_kyworkstation::programRefusesABadCommandLine_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("option") << QStringList{"--nonsense"};
+    QTest::newRow("log that can't be written") << QStringList{"--log", "/nonexistent/dir/log"};
+    QTest::newRow("unknown property") << QStringList{"--property", "No.Such=1"};
+}
+
+void tst_kyworkstation::programRefusesABadCommandLine()
+{
+    QFETCH(QStringList, arguments);
+    QTemporaryDir profile;
+    const Finished finished = runProgram(QStringList{"--profile", profile.path()} + arguments);
+    QCOMPARE(finished.status, 2);
+    QVERIFY2(finished.err.contains("kyworkstation: "), qPrintable(finished.err));
+}
+
+void tst_kyworkstation::programStartsAndReadsStudies()
+{
+    QTemporaryDir folder;
+    QVERIFY(QFile::copy(QFINDTESTDATA("tst_kyworkstation.cpp"), folder.filePath("no-dicom.txt")));
+    const QString log = folder.filePath("program.log");
+    QTemporaryDir profile;
+    QProcess program;
+    program.start(KYWORKSTATION, {"--profile", profile.path(), "--log", log, "--studies", folder.path(),
+                                  "--additional", mSample});
+    QVERIFY(program.waitForStarted());
+    const auto logged = [&] {
+        QFile file(log);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    };
+    // The folder of studies is read in the background, once the window's event loop runs.
+    QTRY_VERIFY_WITH_TIMEOUT(logged().contains("no-dicom.txt"), 20'000);
+    QCOMPARE(program.state(), QProcess::Running);
+    program.kill();
+    QVERIFY(program.waitForFinished());
+}
+
+KY_TEST_MAIN(tst_kyworkstation)
+#include "tst_kyworkstation.moc"
