@@ -135,7 +135,7 @@ void tst_KyScriptPrintBuffer::linesFollowTextThatStandsThere()
 void tst_KyScriptPrintBuffer::firstLinesStandThereAtOnce()
 {
     Pane pane;
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 20; ++i) {
         pane.buffer().append(QStringLiteral("x"));
         QCOMPARE(pane.document()->blockCount(), i + 1);
     }
@@ -160,6 +160,7 @@ void tst_KyScriptPrintBuffer::restComesWithTheEventLoop()
     QCoreApplication::processEvents();
     QCOMPARE(pane.toPlainText(), lines.join('\n'));
     pane.print({"next"});
+    QCoreApplication::processEvents();
     QCOMPARE(pane.document()->lastBlock().text(), QStringLiteral("next"));
 }
 
@@ -230,6 +231,7 @@ void tst_KyScriptPrintBuffer::oldestLinesGoAtTheLimit()
     QCOMPARE(trimmed.size(), 0);
 
     pane.print({"last"});
+    pane.buffer().flush();
     QCOMPARE(pane.document()->blockCount(), 1000);
     QCOMPARE(pane.document()->firstBlock().text(), QStringLiteral("line 501"));
     QCOMPARE(pane.document()->lastBlock().text(), QStringLiteral("last"));
@@ -283,6 +285,7 @@ void tst_KyScriptPrintBuffer::linesOnViewStayOnViewWhenOlderOnesGo()
     const QString shown = pane.cursorForPosition(QPoint(5, 5)).block().text();
     QVERIFY(!shown.isEmpty());
     pane.print({"last"});
+    pane.buffer().flush();
     QCOMPARE(pane.document()->blockCount(), 1000);
     QCOMPARE(pane.cursorForPosition(QPoint(5, 5)).block().text(), shown);
 }

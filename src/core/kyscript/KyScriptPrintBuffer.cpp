@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int DirectLines = 100;
+constexpr int DirectLines = 20; ///< In each interval.
 constexpr int GatheredLines = 1000;
 constexpr qsizetype GatheredCharacters = 100'000;
 constexpr qint64 WriteInterval = 30; ///< In milliseconds.
@@ -32,37 +32,32 @@ void KyScriptPrintBuffer::append(const QString& inLine)
 {
     mLines.append(inLine);
     mCharacters += inLine.size();
-    scheduleEndOfBurst();
+    scheduleFlush();
 
-    const bool isDue = !mSinceWrite.isValid() || mSinceWrite.elapsed() >= WriteInterval;
-    if (++mBurst <= DirectLines || isDue || mLines.size() >= GatheredLines ||
-        mCharacters >= GatheredCharacters)
-        write();
+    const bool isDue = !mSinceDue.isValid() || mSinceDue.elapsed() >= WriteInterval;
+    if (isDue)
+        mBurst = 0;
+    if (++mBurst <= DirectLines || mLines.size() >= GatheredLines || mCharacters >= GatheredCharacters)
+        flush();
     if (!isDue)
         return;
     mWidget.viewport()->repaint();
     mWidget.verticalScrollBar()->repaint();
-    mSinceWrite.start();
+    mSinceDue.start();
 }
 
-void KyScriptPrintBuffer::flush()
-{
-    mBurst = 0;
-    write();
-}
-
-void KyScriptPrintBuffer::scheduleEndOfBurst()
+void KyScriptPrintBuffer::scheduleFlush()
 {
     if (std::exchange(mIsScheduled, true))
         return;
-    const auto endBurst = [this] {
+    const auto flushOnce = [this] {
         mIsScheduled = false;
         flush();
     };
-    QMetaObject::invokeMethod(this, endBurst, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, flushOnce, Qt::QueuedConnection);
 }
 
-void KyScriptPrintBuffer::write()
+void KyScriptPrintBuffer::flush()
 {
     if (mLines.isEmpty())
         return;

@@ -9,10 +9,10 @@ class QTextEdit;
 /// Printed lines on their way into a text widget, made to stand a script that prints very many of them.
 ///
 /// What stands in the widget in the end is what QTextEdit::append() of each line would have made. The first
-/// lines of a burst go there at once; when more of them come than a window can show, they are gathered and
-/// put in together, every few milliseconds, when the burst ends with flush(), and when control is back in an
-/// event loop. The widget repaints itself meanwhile, but no events are served, so that no other script can
-/// run within a print.
+/// lines of every few milliseconds go there at once; when more of them come than a window can show, they are
+/// gathered and put in together: when the time is over, with flush(), and when control is back in an event
+/// loop. The widget repaints itself meanwhile, but no events are served, so that no other script can run
+/// within a print.
 ///
 /// One for each text widget, whose child it is and with which it goes. GUI thread only.
 class KyScriptPrintBuffer : public QObject
@@ -27,7 +27,7 @@ public:
     /// such.
     void append(const QString& inLine);
 
-    /// Puts what is still gathered into the widget, and ends the burst.
+    /// Puts what is still gathered into the widget.
     void flush();
 
     /// Bounds the text: once it holds half as many lines or characters again as given, its oldest lines go
@@ -41,8 +41,7 @@ Q_SIGNALS:
 private:
     explicit KyScriptPrintBuffer(QTextEdit& inWidget);
 
-    void scheduleEndOfBurst();
-    void write();
+    void scheduleFlush();
     void writeLines(const QStringList& inLines);
     void insertPlainLines(const QString& inText);
     void trim();
@@ -51,9 +50,9 @@ private:
     QTextEdit& mWidget;
     QStringList mLines;
     qsizetype mCharacters = 0; ///< of mLines
-    int mBurst = 0;            ///< Lines since the burst began.
+    int mBurst = 0;            ///< Lines of the present interval.
     bool mIsScheduled = false;
-    QElapsedTimer mSinceWrite;
+    QElapsedTimer mSinceDue; ///< Since the present interval began.
     int mMaxLines = 0;
     int mMaxCharacters = 0;
 };
