@@ -73,6 +73,7 @@ private slots:
     void valueIsShown_data();
     void valueIsShown();
     void evaluateButtonRunsWhatIsTyped();
+    void evaluateHasAKey();
     void printedLinesStandAboveTheValue();
     void eachEvaluationClearsTheOutput();
     void onlyTheSelectionRuns();
@@ -590,6 +591,16 @@ void tst_KyScriptingWindow::evaluateButtonRunsWhatIsTyped()
              QStringLiteral("var sum = 0;\nfor (var i = 0; i < 4; ++i) {\n    sum += i;\n}"));
     clickEvaluate();
     QCOMPARE(output().toPlainText(), QStringLiteral("6"));
+}
+
+void tst_KyScriptingWindow::evaluateHasAKey()
+{
+    console().activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&console()));
+    input().setFocus();
+    QTest::keyClicks(&input(), "6 * 7");
+    QTest::keyClick(&input(), Qt::Key_F5);
+    QTRY_COMPARE(output().toPlainText(), QStringLiteral("42"));
 }
 
 void tst_KyScriptingWindow::printedLinesStandAboveTheValue()

@@ -74,6 +74,8 @@ KyScriptingWindow::KyScriptingWindow(const QString& inName, Engine inKind)
     else
         connect(mUi->w_NewEngine, &QPushButton::clicked, this, &KyScriptingWindow::slotNewEngine);
     mUi->w_NewEngine->setToolTip(newEngineToolTip(false));
+    mUi->w_Evaluate->setShortcut(QKeySequence(Qt::Key_F5));
+    mUi->w_Evaluate->setToolTip(tr("Run the selection, or else all of the input (F5)"));
     connect(mUi->w_Evaluate, &QPushButton::clicked, this, &KyScriptingWindow::slotEvaluate);
     mNewEngineRetry.setInterval(NewEngineRetryInterval);
     connect(&mNewEngineRetry, &QTimer::timeout, this, &KyScriptingWindow::slotNewEngine);
