@@ -23,6 +23,10 @@ private slots:
     void printWritesOneLineOfUtf8();
     void settledPromisesRunBeforeTheEnd();
 
+    void valueThatIsAStudyHasAText();
+    void lostOutputIsAFailure();
+    void displayThatIsNotThereIsNoHindrance();
+
     void uncaughtErrorIsToldOnceWithItsPlace();
     void syntaxErrorIsToldWithItsLine();
     void errorIsToldAlsoWhenTheLogGoesElsewhere();
@@ -40,6 +44,8 @@ private slots:
     void keepRunningStaysUntilExit();
     void timeoutEndsAnEndlessScript();
     void timeoutEndsTheEventLoop();
+    void timeoutEndsTheWaitForTheScript();
+    void timeoutEndsAScriptWhoseOutputNobodyReads();
 
     void engineIsChosenByName();
     void propertiesAreSet();
@@ -196,8 +202,42 @@ void tst_kyrun::printWritesOneLineOfUtf8()
 
 void tst_kyrun::settledPromisesRunBeforeTheEnd()
 {
-    QCOMPARE(run({"-e", "Promise.resolve(1).then(function(v) { print('then', v); }); print('first')"}).out,
-             QString("first\nthen 1\n"));
+    const QString chain = "Promise.resolve(1).then(function(v) { print('then', v); return 2; })"
+                          ".then(function(v) { print(v); return 3; }).then(print); print('first')";
+    QCOMPARE(run({"-e", chain}).out, QString("first\nthen 1\n2\n3\n"));
+}
+
+void tst_kyrun::valueThatIsAStudyHasAText()
+{
+    const Outcome outcome = run({"-p", "-s", mSample, "-e", "StudyList.get('PRIMARY_STUDIES')[0]"});
+    QCOMPARE(outcome.status, 0);
+    QVERIFY2(outcome.out.startsWith("KyScriptStudy("), qPrintable(outcome.out));
+}
+
+void tst_kyrun::lostOutputIsAFailure()
+{
+    if (!QFile::exists("/dev/full"))
+        QSKIP("needs /dev/full");
+    QProcess process;
+    process.setStandardOutputFile("/dev/full");
+    process.start(KYRUN, {"-e", "print('a'); print('b')"});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 1);
+    QCOMPARE(process.readAllStandardError().count("Cannot write the output"), 1);
+}
+
+void tst_kyrun::displayThatIsNotThereIsNoHindrance()
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("QT_QPA_PLATFORM");
+    environment.insert("DISPLAY", ":98765");
+    environment.insert("WAYLAND_DISPLAY", "no-such-display");
+    process.setProcessEnvironment(environment);
+    process.start(KYRUN, {"-p", "-e", "1+1"});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.readAllStandardOutput(), QByteArray("2\n"));
 }
 
 void tst_kyrun::uncaughtErrorIsToldOnceWithItsPlace()
@@ -275,6 +315,7 @@ void tst_kyrun::badCommandLineIsToldInOneLine_data()
     QTest::newRow("log in a missing folder")
         << QStringList({"--log", mFolder.filePath("no/such.log"), "-e", "1"});
     QTest::newRow("missing studies") << QStringList({"--studies", mFolder.filePath("missing"), "-e", "1"});
+    QTest::newRow("profile that cannot be made") << QStringList({"--profile", "/dev/null/profile", "-e", "1"});
 }
 
 void tst_kyrun::badCommandLineIsToldInOneLine()
@@ -354,6 +395,30 @@ void tst_kyrun::timeoutEndsTheEventLoop()
 {
     QCOMPARE(run({"--keep-running", "--timeout", "1", "-e", "1"}).status, 124);
     QCOMPARE(run({"--timeout", "60", "-e", "1"}).status, 0);
+}
+
+void tst_kyrun::timeoutEndsTheWaitForTheScript()
+{
+    QProcess process;
+    process.start(KYRUN, {"--timeout", "1", "-"});
+    QVERIFY(process.waitForFinished(20000)); // its standard input stays open and silent
+    QCOMPARE(process.exitCode(), 124);
+}
+
+void tst_kyrun::timeoutEndsAScriptWhoseOutputNobodyReads()
+{
+    QProcess process; // of the shell, whose sleeping part reads nothing
+    process.start(
+        "bash",
+        {"-c",
+         "{ \"$0\" --timeout 1 -e \"while (true) print('x'.repeat(1000))\"; echo $? > \"$1\"; } | sleep 20",
+         KYRUN, mFolder.filePath("status")});
+    QFile status(mFolder.filePath("status"));
+    QTRY_VERIFY_WITH_TIMEOUT(status.exists() && status.size() > 0, 15000);
+    QVERIFY(status.open(QIODevice::ReadOnly));
+    QCOMPARE(status.readAll(), QByteArray("124\n"));
+    process.kill();
+    process.waitForFinished();
 }
 
 void tst_kyrun::engineIsChosenByName()

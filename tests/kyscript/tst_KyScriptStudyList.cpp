@@ -57,6 +57,10 @@ private slots:
     void lockForReportingWithoutEntriesTouchesNoComponent();
 
     void studiesEndWithTheRun();
+    void studyKeptBeyondTheRunAnswersNeutrally();
+    void methodCalledFirstAfterTheRunDoesNoHarm();
+    void studiesThatNoScriptHasSeenGoAtOnce();
+    void manyRunsLeaveNoStudiesBehind();
     void studiesStayWithoutCleanup();
     void garbageCollectionLeavesStudiesAlone();
     void scriptCannotDestroyAStudy();
@@ -476,13 +480,89 @@ void tst_KyScriptStudyList::lockForReportingWithoutEntriesTouchesNoComponent()
 
 void tst_KyScriptStudyList::studiesEndWithTheRun()
 {
+    auto entry = KyTestPlatform::study("1");
+    const std::weak_ptr<Ovg::DicomDirectoryEntry> study = entry;
+    mPlatform->loader().setPrimaryExams({std::move(entry)});
+    KyScriptEngine engine(nullptr, ScriptStudyList);
+    engine.runScript(KyScriptProgram("var kept = StudyList.get('PRIMARY_STUDIES');", nullptr), false);
+    const QPointer<QObject> object = engine.evaluate("kept[0]").toQObject();
+    QVERIFY(object);
+    mPlatform->loader().setPrimaryExams({});
+    mPlatform->loader().setPrimaryExams({});
+    QVERIFY2(study.expired(), "the object has let go of the study");
+
+    engine.evaluate("kept = null");
+    engine.collectGarbage();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY2(!object, "nothing refers to the object any more");
+}
+
+void tst_KyScriptStudyList::studyKeptBeyondTheRunAnswersNeutrally()
+{
     mPlatform->loader().setPrimaryExams({KyTestPlatform::study("1")});
     KyScriptEngine engine(nullptr, ScriptStudyList);
     engine.runScript(KyScriptProgram("var kept = StudyList.get('PRIMARY_STUDIES');", nullptr), false);
-    QCOMPARE(engine.evaluate("kept.length + typeof kept[0]").toString(), QStringLiteral("1object"));
-    QVERIFY(!engine.evaluate("kept[0]").toQObject());
-    QVERIFY(engine.evaluate("kept[0].getTag('DICOM.StudyInstanceUID')").isError());
+    engine.collectGarbage();
+    QCOMPARE(
+        engine
+            .evaluate(
+                "var k = kept[0]; [k.getTag('DICOM.StudyInstanceUID'), k.worklistFlags(), k.getTimeSpent(),"
+                "k.getInterpretationStatus(), k.equals(StudyList.get('1')[0])].join('|')")
+            .toString(),
+        QStringLiteral("|0|0||false"));
     QCOMPARE(engine.evaluate("StudyList.unite(kept, []).length").toInt(), 1);
+    engine.runScript(KyScriptProgram("StudyList.lockForReporting(kept)", nullptr), false);
+}
+
+void tst_KyScriptStudyList::methodCalledFirstAfterTheRunDoesNoHarm()
+{
+    mPlatform->loader().setPrimaryExams({KyTestPlatform::study("1")});
+    KyScriptEngine engine(nullptr, ScriptStudyList);
+    engine.runScript(
+        KyScriptProgram("var s = StudyList.get('PRIMARY_STUDIES')[0];"
+                        "var status = s.getInterpretationStatus, named = s.objectNameChanged; s = null;",
+                        nullptr),
+        false);
+    for (int i = 0; i < 2; ++i) {
+        engine.collectGarbage();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(engine.evaluate("String(status())").toString(), QString());
+        engine.evaluate("named.connect(function() {})");
+    }
+}
+
+void tst_KyScriptStudyList::studiesThatNoScriptHasSeenGoAtOnce()
+{
+    mPlatform->loader().setPrimaryExams({KyTestPlatform::study("1")});
+    KyScriptStudyList list(nullptr);
+    const QPointer<QObject> study = list.get("PRIMARY_STUDIES").first();
+    list.clear();
+    QVERIFY(!study);
+}
+
+void tst_KyScriptStudyList::manyRunsLeaveNoStudiesBehind()
+{
+    mPlatform->loader().setPrimaryExams({KyTestPlatform::study("1")});
+    QList<QPointer<QObject>> seen;
+    {
+        KyScriptEngine engine(nullptr, ScriptStudyList);
+        for (int i = 0; i < 50; ++i) {
+            engine.runScript(KyScriptProgram("var s = StudyList.get('PRIMARY_STUDIES')[0]", nullptr), false,
+                             false, false);
+            seen.append(engine.evaluate("s").toQObject());
+            engine.evaluate("s = null");
+            if (i % 2)
+                engine.collectGarbage(); // the wrapper goes, the object stays until the run is cleared
+            engine.runScript(KyScriptProgram("1", nullptr));
+        }
+        engine.collectGarbage();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(seen.removeAll(QPointer<QObject>()), 50);
+        engine.runScript(KyScriptProgram("var s = StudyList.get('PRIMARY_STUDIES')[0]", nullptr), false,
+                         false, false);
+        seen.append(engine.evaluate("s").toQObject());
+    }
+    QVERIFY2(!seen.first(), "the last one goes with the engine");
 }
 
 void tst_KyScriptStudyList::studiesStayWithoutCleanup()

@@ -39,7 +39,7 @@ QString announcement(const QUuid& inIdentity, const QString& inInfo, const QStri
     return text;
 }
 
-/// The first \a inLines lines of \a ioSource with "..." where there is more; all of it for a negative number.
+/// The first \a inLines lines of \a inSource with "..." where there is more; all of it for a negative number.
 QByteArray excerpt(QByteArray inSource, int inLines)
 {
     inSource.replace("\r\n", "\n");

@@ -69,6 +69,21 @@ std::vector<Entry> studiesOfLayout(const KyLoadHelper& inLoader)
     return entries;
 }
 
+/// Ends the use of a study object. Deleting it at once would let a script crash the process: Qt follows a
+/// null pointer when a method that was read from an object, and not called while it lived, is called
+/// afterwards.
+void letGo(KyScriptStudy* inStudy)
+{
+    QJSEngine* engine = qjsEngine(inStudy);
+    if (!engine) {
+        delete inStudy; // no script has seen it, or its engine has gone
+        return;
+    }
+    inStudy->release();
+    QJSEngine::setObjectOwnership(inStudy, QJSEngine::JavaScriptOwnership);
+    engine->newQObject(inStudy); // the collector finds it by its wrapper, which may be gone already
+}
+
 template <class Wanted>
 std::vector<Entry> studiesOfPatient(const KyLoadHelper& inLoader, Wanted isWanted)
 {
@@ -126,6 +141,12 @@ bool KyScriptStudy::operator<(const KyScriptStudy& inOther) const
 const std::shared_ptr<Ovg::DicomDirectoryEntry>& KyScriptStudy::dde() const
 {
     return mAccess->entry();
+}
+
+void KyScriptStudy::release()
+{
+    mAccess = std::make_unique<KyDICOMAccessDicomDirectoryEntry>(nullptr);
+    mWorklistEntry.emplace();
 }
 
 std::shared_ptr<Ovg::WorklistEntry> KyScriptStudy::worklistEntry() const
@@ -233,7 +254,7 @@ QList<QObject*> KyScriptStudyList::wrapIntoQObjectList(const Entries& inEntries)
     QObjectList objects;
     objects.reserve(qsizetype(inEntries.size()));
     for (const auto& entry : inEntries) {
-        auto study = QSharedPointer<QObject>(new KyScriptStudy(entry));
+        auto study = QSharedPointer<QObject>(new KyScriptStudy(entry), letGo);
         // Without a parent the garbage collector would take it as its own.
         QJSEngine::setObjectOwnership(study.data(), QJSEngine::CppOwnership);
         objects.append(study.data());

@@ -23,9 +23,10 @@ struct WorklistEntry;
 /// One study as scripts see it: its DICOM tags, its worklist entry, its interpretation status, the time
 /// spent.
 ///
-/// Only KyScriptStudyList makes these objects, owns them, and deletes them at the end of the run that asked
-/// for them. The study itself is shared. Nothing here reports or throws: what is missing has a neutral
-/// result.
+/// Only KyScriptStudyList makes these objects and owns them. At the end of the run that asked for them it
+/// lets go of them: the study is released, and the object is the garbage collector's. A script that still
+/// refers to it gets neutral results. The study itself is shared. Nothing here reports or throws: what is
+/// missing has a neutral result.
 class KYSCRIPT_EXPORT KyScriptStudy : public QObject
 {
     Q_OBJECT
@@ -41,6 +42,9 @@ public:
     virtual bool operator<(const KyScriptStudy& inOther) const;
 
     const std::shared_ptr<Ovg::DicomDirectoryEntry>& dde() const;
+
+    /// Lets go of the study and its worklist entry: from now on the object is one without an entry.
+    void release();
 
     /// The worklist entry of the study; null when it has none. Asked once in the life of this object.
     std::shared_ptr<Ovg::WorklistEntry> worklistEntry() const;
@@ -77,7 +81,7 @@ private:
     QVariant worklistTag(const QString& inWord) const;
     QVariant dicomTag(const QString& inName) const;
 
-    const std::unique_ptr<KyDICOMAccessDicomDirectoryEntry> mAccess;
+    std::unique_ptr<KyDICOMAccessDicomDirectoryEntry> mAccess;
     mutable std::optional<std::shared_ptr<Ovg::WorklistEntry>> mWorklistEntry;
 };
 
@@ -113,7 +117,7 @@ public:
     /// element that is no study is a contract report. Whether the lock took is not told.
     Q_INVOKABLE void lockForReporting(QObjectList inStudyList) const;
 
-    /// Deletes all study objects that get() has made.
+    /// Lets go of all study objects that get() has made.
     void clear();
 
 private:

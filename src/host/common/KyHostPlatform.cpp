@@ -15,8 +15,6 @@
 #include <QtCore/QLocale>
 #include <QtCore/QUuid>
 
-#include <algorithm>
-
 namespace {
 
 QString inProfile(const KyHostOptions& inOptions, const char* inName)
@@ -48,28 +46,17 @@ std::unique_ptr<KyReportLockStore> reportLockStore(const KyHostOptions& inOption
 
 using Entries = std::vector<std::shared_ptr<Ovg::DicomDirectoryEntry>>;
 
-/// The studies of all folders in one order. A study that lies in two folders stands once.
 Entries studiesBelow(const QStringList& inFolders, const Ovg::StudySource::Progress& inProgress,
                      KyHostPlatform::Loaded& outLoaded)
 {
-    Entries entries;
-    for (const QString& folder : inFolders) {
-        Ovg::StudySourceResult result = Ovg::FolderStudySource(folder).load(inProgress);
-        outLoaded.errors += result.errors;
-        if (result.studies.empty() && result.errors.isEmpty() && !result.cancelled)
-            outLoaded.warnings += QStringLiteral("No DICOM study below %1").arg(folder);
-        for (auto& study : result.studies) {
-            const bool isNew = std::none_of(entries.begin(), entries.end(), [&](const auto& present) {
-                return Ovg::DicomDirectoryEntry::studyEquals(*present, *study);
-            });
-            if (isNew)
-                entries.push_back(std::move(study));
-        }
-        if (result.cancelled)
-            break;
-    }
-    std::stable_sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return *a < *b; });
-    return entries;
+    if (inFolders.isEmpty())
+        return {};
+    Ovg::StudySourceResult result = Ovg::FolderStudySource(inFolders).load(inProgress);
+    outLoaded.errors += result.errors;
+    if (result.studies.empty() && result.errors.isEmpty() && !result.cancelled)
+        outLoaded.warnings +=
+            QStringLiteral("No DICOM study below %1").arg(inFolders.join(QLatin1String(", ")));
+    return std::move(result.studies);
 }
 
 } // namespace

@@ -12,7 +12,9 @@ KyRunConsole::~KyRunConsole()
 void KyRunConsole::write(const RnLogRecord& inRecord)
 {
     flush();
-    if (inRecord.level == 3 && inRecord.text.rfind("Uncaught ", 0) == 0)
+    const bool isReport = inRecord.level == 3 && inRecord.text.rfind("Uncaught ", 0) == 0 &&
+                          inRecord.text.find("\nBacktrace:\n") != std::string::npos;
+    if (isReport)
         mKept = inRecord;
     else
         mStream.write(inRecord);

@@ -28,10 +28,10 @@ const Option Profile(text("profile"),
                      text("Keep settings and data below DIR (default: in memory, nothing is left behind)."),
                      text("DIR"));
 const Option Proxy(text("proxy"), text("The configured HTTP proxy of the client."), text("HOST:PORT"));
-const Option
-    Log(text("log"),
-        text("Write the log to FILE, \"-\" for standard error (default: levels 2 and 3 to standard error)."),
-        text("FILE"));
+const Option Log(text("log"),
+                 text("Write the log to FILE, \"-\" for standard error (default: levels 2 and 3 to standard "
+                      "error). A file of 10 MB is renamed and a new one begun."),
+                 text("FILE"));
 const Option KeepRunning(text("keep-running"),
                          text("Stay in the event loop after the script, until Runner.exit()."));
 const Option Timeout(text("timeout"), text("End the process with exit status 124 if it still runs then."),
@@ -47,7 +47,8 @@ constexpr const char* Description =
     "has args (list of texts), exit(code) and keepRunning.\n"
     "\n"
     "Exit status: 0; 1 after an uncaught error, which stands on standard error; 2 for a bad command line or\n"
-    "unreadable input; 124 at the timeout; or what Runner.exit was given. A thrown text or number is no "
+    "unreadable input; 124 at the timeout; or what Runner.exit was given, 0 to 255. A thrown text or number "
+    "is no "
     "error but\n"
     "counts as the value of the run: throw new Error(...) to fail.";
 

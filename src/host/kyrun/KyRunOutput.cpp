@@ -2,35 +2,49 @@
 
 #include <QtQml/QJSEngine>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
-KyRunOutput::KyRunOutput(QObject* inParent)
-    : QObject(inParent)
-{}
+namespace {
 
-void KyRunOutput::install(QJSEngine& inEngine)
+bool sHasFailed = false;
+
+} // namespace
+
+KyRunOutput::KyRunOutput(QJSEngine& inEngine)
+    : QObject(&inEngine)
+    , mString(inEngine.evaluate(
+          QStringLiteral("(function(string) { return function(v) { return string(v); }; })(String)")))
 {
-    auto* output = new KyRunOutput(&inEngine);
-    QJSEngine::setObjectOwnership(output, QJSEngine::CppOwnership);
-    const QJSValue make = inEngine.evaluate(QStringLiteral(
-        "(function(line) { var string = String, map = Array.prototype.map, join = Array.prototype.join;"
-        " return function print() { line(join.call(map.call(arguments,"
-        " function(value) { return string(value); }), ' ')); }; })"));
+    QJSEngine::setObjectOwnership(this, QJSEngine::CppOwnership);
+}
+
+KyRunOutput& KyRunOutput::install(QJSEngine& inEngine)
+{
+    auto* output = new KyRunOutput(inEngine);
+    const QJSValue make = inEngine.evaluate(
+        QStringLiteral("(function(line, string) { var map = Array.prototype.map, join = Array.prototype.join;"
+                       " return function print() { line(join.call(map.call(arguments,"
+                       " function(value) { return string(value); }), ' ')); }; })"));
     inEngine.globalObject().setProperty(
-        QStringLiteral("print"), make.call({inEngine.newQObject(output).property(QStringLiteral("line"))}));
+        QStringLiteral("print"),
+        make.call({inEngine.newQObject(output).property(QStringLiteral("line")), output->mString}));
+    return *output;
 }
 
 void KyRunOutput::writeLine(const QString& inText)
 {
     const QByteArray line = inText.toUtf8() + '\n';
-    std::fwrite(line.constData(), 1, size_t(line.size()), stdout);
-    std::fflush(stdout);
+    const bool isWritten =
+        std::fwrite(line.constData(), 1, size_t(line.size()), stdout) == size_t(line.size());
+    if ((isWritten && std::fflush(stdout) == 0) || sHasFailed)
+        return;
+    sHasFailed = true;
+    std::fprintf(stderr, "kyrun: Cannot write the output: %s\n", std::strerror(errno));
 }
 
-QString KyRunOutput::textOf(QJSEngine& inEngine, const QJSValue& inValue)
+bool KyRunOutput::hasFailed()
 {
-    // String() takes a symbol, where the engine's own conversion would leave an error behind.
-    return inEngine.evaluate(QStringLiteral("(function(value) { return String(value); })"))
-        .call({inValue})
-        .toString();
+    return sHasFailed;
 }

@@ -12,18 +12,22 @@ class KyRunOutput : public QObject
 
 public:
     /// Gives \a inEngine the function. The engine owns the object.
-    static void install(QJSEngine& inEngine);
+    static KyRunOutput& install(QJSEngine& inEngine);
 
-    /// Writes \a inText and a line break as UTF-8, at once.
+    /// Writes \a inText and a line break as UTF-8, at once. The first failure is told on standard error.
     static void writeLine(const QString& inText);
+    /// Whether a line could not be written.
+    static bool hasFailed();
 
     /// The text of \a inValue as the language converts it; a symbol, and a value whose conversion throws,
     /// have one too.
-    static QString textOf(QJSEngine& inEngine, const QJSValue& inValue);
+    QString textOf(const QJSValue& inValue) const { return mString.call({inValue}).toString(); }
 
-    /// Writes one line of the texts.
+    /// Writes one line.
     Q_INVOKABLE void line(QString inText) { writeLine(inText); }
 
 private:
-    explicit KyRunOutput(QObject* inParent);
+    explicit KyRunOutput(QJSEngine& inEngine);
+
+    QJSValue mString; ///< The function String as it was before scripts could replace it.
 };

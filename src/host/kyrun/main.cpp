@@ -14,7 +14,10 @@
 #include <rnlib/RnLogFileSink.h>
 #include <rnlib/RnLogStreamSink.h>
 
+#include <QtCore/QAbstractEventDispatcher>
+#include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QStringDecoder>
 #include <QtWidgets/QApplication>
 
@@ -89,31 +92,58 @@ KyScriptProgram programOf(const KyRunOptions& inOptions, const QString& inSource
     return KyScriptProgram(inSource, inOptions.scriptFile, 1);
 }
 
+/// Serves what the script has posted before the program ends, such as promises that it has settled. Bounded,
+/// since handlers may post for ever.
+void servePostedEvents()
+{
+    constexpr int MaxRounds = 1000;
+    auto* dispatcher = QAbstractEventDispatcher::instance();
+    for (int round = 0; round < MaxRounds && dispatcher->processEvents(QEventLoop::AllEvents); ++round)
+        ;
+}
+
 /// Runs the script and stays in the event loop as long as that is wanted. Gives the exit status.
 int run(const KyRunOptions& inOptions, const QString& inSource, RnLogSink* inSink)
 {
     KyRunner runner(inOptions.arguments, inOptions.keepRunning);
     auto& facade = KyScriptAbstractInterface::getInstance(inOptions.engine);
     KyScriptEngine& engine = *facade.jsEngine(true);
-    KyRunOutput::install(engine);
+    const KyRunOutput& output = KyRunOutput::install(engine);
 
     const KyScriptProgram program = programOf(inOptions, inSource);
     const QJSValue value = facade.runScript(program, false, false, false);
     if (value.isError())
         tellError(engine, value, program.infoString(),
                   inOptions.hasCode ? program.infoString() : inOptions.scriptFile, inSink);
-    QCoreApplication::processEvents(); // promises that the script has settled
+    servePostedEvents();
     if (runner.hasExited())
         return runner.exitCode();
     if (value.isError())
         return ScriptFailed;
     if (inOptions.isPrinting)
-        KyRunOutput::writeLine(KyRunOutput::textOf(engine, value));
+        output.writeLine(output.textOf(value));
     return runner.keepRunning() ? QCoreApplication::exec() : 0;
+}
+
+/// What is wrong with the folders of the options, or nothing.
+QString checkFolders(const KyHostOptions& inOptions)
+{
+    for (const QString& folder : inOptions.studyFolders + inOptions.additionalFolders) {
+        const QFileInfo info(folder);
+        if (!info.isDir() || !info.isReadable())
+            return QStringLiteral("Cannot read the folder %1").arg(folder);
+    }
+    const QFileInfo profile(inOptions.profile);
+    const bool isUsable = inOptions.profile.isEmpty() ||
+                          (QDir().mkpath(inOptions.profile) && profile.isDir() && profile.isWritable());
+    return isUsable ? QString() : QStringLiteral("Cannot keep a profile below %1").arg(inOptions.profile);
 }
 
 int runOnPlatform(const KyRunOptions& inOptions, const QString& inSource, RnLogSink* inSink)
 {
+    const QString badFolder = checkFolders(inOptions.host);
+    if (!badFolder.isEmpty())
+        return fail(badFolder);
     KyHostPlatform platform(inOptions.host);
     const QString badProperty = platform.applyProperties();
     if (!badProperty.isEmpty())
@@ -127,13 +157,17 @@ int runOnPlatform(const KyRunOptions& inOptions, const QString& inSource, RnLogS
     return run(inOptions, inSource, inSink);
 }
 
-/// A script may have no display: without one, windows are drawn into memory.
+/// Without a display, also where the environment names one that is not there, windows are drawn into memory.
 void chooseDisplay()
 {
-    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qEnvironmentVariableIsSet("DISPLAY") ||
-        qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         return;
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QByteArray platforms = "offscreen";
+    if (qEnvironmentVariableIsSet("DISPLAY"))
+        platforms.prepend("xcb;");
+    if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
+        platforms.prepend("wayland;");
+    qputenv("QT_QPA_PLATFORM", platforms);
 }
 
 } // namespace
@@ -167,9 +201,10 @@ int main(int argc, char** argv)
         return fail(text);
     getTheLogInstance().removeSink(early.get());
     getTheLogInstance().addSink(sink, options.logFile.isEmpty() ? 2 : 0);
+    const KyRunWatchdog watchdog(options.timeoutSeconds);
     const auto source = options.hasCode ? std::optional(options.code) : readScript(options.scriptFile, text);
     if (!source)
         return fail(text);
-    const KyRunWatchdog watchdog(options.timeoutSeconds);
-    return runOnPlatform(options, *source, sink.get());
+    const int status = runOnPlatform(options, *source, sink.get());
+    return status == 0 && KyRunOutput::hasFailed() ? ScriptFailed : status;
 }
