@@ -344,6 +344,16 @@ void tst_shutdown::runnerOutlivesItsEngine()
 
     QVERIFY(runner->hasEngine()); // the facade
     QVERIFY(!runner->hasCurrentContext());
+    LogCapture log;
+    mContracts->expect("0", Uninitialized);
+    mContracts->expect("!message.isEmpty()");
+    QVERIFY(!runner->isValidScript(program("1")));
+    QCOMPARE(log.take(), QStringList("3|KyScriptRunner|"));
+    mContracts->expect("0", Uninitialized); // evaluating
+    mContracts->expect("0", Uninitialized); // asking whether the value is an error
+    QString result = "old";
+    QVERIFY(runner->evaluateScript(program("1"), result));
+    QCOMPARE(result, QString());
     mContracts->expect("0", Uninitialized);
     QVERIFY(runner->createObject().isUndefined());
     mContracts->expect("hasCurrentContext()");
