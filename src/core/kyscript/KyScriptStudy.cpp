@@ -69,21 +69,6 @@ std::vector<Entry> studiesOfLayout(const KyLoadHelper& inLoader)
     return entries;
 }
 
-/// Ends the use of a study object. Deleting it at once would let a script crash the process: Qt follows a
-/// null pointer when a method that was read from an object, and not called while it lived, is called
-/// afterwards.
-void letGo(KyScriptStudy* inStudy)
-{
-    QJSEngine* engine = qjsEngine(inStudy);
-    if (!engine) {
-        delete inStudy; // no script has seen it, or its engine has gone
-        return;
-    }
-    inStudy->release();
-    QJSEngine::setObjectOwnership(inStudy, QJSEngine::JavaScriptOwnership);
-    engine->newQObject(inStudy); // the collector finds it by its wrapper, which may be gone already
-}
-
 template <class Wanted>
 std::vector<Entry> studiesOfPatient(const KyLoadHelper& inLoader, Wanted isWanted)
 {
@@ -254,7 +239,7 @@ QList<QObject*> KyScriptStudyList::wrapIntoQObjectList(const Entries& inEntries)
     QObjectList objects;
     objects.reserve(qsizetype(inEntries.size()));
     for (const auto& entry : inEntries) {
-        auto study = QSharedPointer<QObject>(new KyScriptStudy(entry), letGo);
+        auto study = QSharedPointer<KyScriptStudy>::create(entry);
         // Without a parent the garbage collector would take it as its own.
         QJSEngine::setObjectOwnership(study.data(), QJSEngine::CppOwnership);
         objects.append(study.data());
@@ -299,5 +284,14 @@ void KyScriptStudyList::lockForReporting(QObjectList inStudyList) const
 
 void KyScriptStudyList::clear()
 {
+    for (const auto& study : std::as_const(mWrappers)) {
+        study->release();
+        // Deleting it at once would let a script end the process: Qt follows a null pointer when a method
+        // that was read from an object, and not called while it lived, is called afterwards.
+        if (qjsEngine(study.data()))
+            mReleased.enqueue(study);
+    }
     mWrappers.clear();
+    while (mReleased.size() > MaxReleased)
+        mReleased.dequeue();
 }

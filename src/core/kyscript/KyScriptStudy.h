@@ -4,6 +4,7 @@
 
 #include <QtCore/QList>
 #include <QtCore/QObject>
+#include <QtCore/QQueue>
 #include <QtCore/QSharedPointer>
 #include <QtCore/QVariant>
 
@@ -24,9 +25,8 @@ struct WorklistEntry;
 /// spent.
 ///
 /// Only KyScriptStudyList makes these objects and owns them. At the end of the run that asked for them it
-/// lets go of them: the study is released, and the object is the garbage collector's. A script that still
-/// refers to it gets neutral results. The study itself is shared. Nothing here reports or throws: what is
-/// missing has a neutral result.
+/// lets go of the study, which is shared. A script that still refers to the object gets neutral results.
+/// Nothing here reports or throws: what is missing has a neutral result.
 class KYSCRIPT_EXPORT KyScriptStudy : public QObject
 {
     Q_OBJECT
@@ -117,7 +117,8 @@ public:
     /// element that is no study is a contract report. Whether the lock took is not told.
     Q_INVOKABLE void lockForReporting(QObjectList inStudyList) const;
 
-    /// Lets go of all study objects that get() has made.
+    /// Ends all study objects that get() has made: they let go of their studies. Those that scripts have seen
+    /// are kept as shells, the newest 5000 of them; the others are deleted.
     void clear();
 
 private:
@@ -125,5 +126,9 @@ private:
 
     QList<QObject*> wrapIntoQObjectList(const Entries& inEntries);
 
-    QList<QSharedPointer<QObject>> mWrappers;
+    /// How many ended study objects are kept, some hundred bytes each.
+    static constexpr qsizetype MaxReleased = 5000;
+
+    QList<QSharedPointer<KyScriptStudy>> mWrappers;
+    QQueue<QSharedPointer<KyScriptStudy>> mReleased; ///< Ended, the oldest first; see clear().
 };
