@@ -33,13 +33,17 @@ constexpr auto ScriptSide = R"((function() {
         } catch (e) { return false; }
     }
     // Qt asks the left operand, and a class of the host on that side equals everything.
-    function same(known, value) { return known === value && (value !== 0 || 1 / value === 1 / known); }
     function collect(object, base) {
         var names = namesOf(object), out = [], n = 0;
         for (var i = 0, count = names.length; i < count; ++i) {
             var name = names[i], value = read(object, name);
-            if (failed === value || base && same(base[name], value))
+            if (failed === value)
                 continue;
+            if (base) {
+                var known = base[name];
+                if (known === value && (value !== 0 || 1 / value === 1 / known))
+                    continue;
+            }
             out[n++] = name;
             out[n++] = plain(value);
         }
