@@ -5,7 +5,7 @@
 #include <vector>
 
 namespace Ovg {
-class WorklistEntry;
+struct WorklistEntry;
 }
 
 /// Locks worklist entries for reporting, so that no other user reports on them meanwhile.

@@ -1,5 +1,6 @@
 #include "DicomFileScan.h"
 
+#include "DicomNesting.h"
 #include "DicomTagPath.h"
 
 #include <QFile>
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace Ovg {
@@ -20,9 +22,8 @@ constexpr quint32 item = 0xFFFEE000;
 constexpr quint32 itemEnd = 0xFFFEE00D;
 constexpr quint32 sequenceEnd = 0xFFFEE0DD;
 constexpr quint32 mediaStorageSopClass = 0x00020002;
-constexpr quint32 transferSyntax = 0x00020010;
+constexpr quint32 transferSyntaxTag = 0x00020010;
 constexpr quint32 pixelDataTags[] = {0x7FE00008, 0x7FE00009, 0x7FE00010};
-constexpr int deepestNesting = 64;
 constexpr quint32 longestText = 128; // bytes; UIDs have 64
 
 enum class LengthField
@@ -99,24 +100,23 @@ DicomFileScan::Outcome DicomFileScan::run()
 {
     const uchar* mark = bytes(preamble, 4);
     std::string sopClass;
-    std::string syntax;
     if (!mark || std::memcmp(mark, "DICM", 4) != 0)
         return Outcome::Unsure;
     mPlace = preamble + 4;
-    if (!readMeta(sopClass, syntax))
+    if (!readMeta(sopClass))
         return Outcome::Unsure;
     if (sopClass == "1.2.840.10008.1.3.10")
         return Outcome::Directory;
-    mImplicit = syntax == "1.2.840.10008.1.2";
-    if (!mImplicit && !isExplicitLittleEndian(syntax))
+    mImplicit = mSyntax == "1.2.840.10008.1.2";
+    if (!mImplicit && !isExplicitLittleEndian(mSyntax))
         return Outcome::Unsure;
-    if (readDataSet())
-        return Outcome::Complete;
-    return mUnsure ? Outcome::Unsure : Outcome::BrokenOff;
+    return readDataSet() ? Outcome::Complete : mFailure;
 }
 
 QString DicomFileScan::reason() const
 {
+    if (mFailure == Outcome::TooDeep)
+        return DicomNesting::reason();
     return QStringLiteral("damaged: ends inside element %1")
         .arg(dicomTagText(static_cast<quint16>(mLastTag >> 16), static_cast<quint16>(mLastTag)));
 }
@@ -147,9 +147,9 @@ std::string DicomFileScan::text(const Element& inElement)
     return text;
 }
 
-bool DicomFileScan::giveUp()
+bool DicomFileScan::fail(Outcome inOutcome)
 {
-    mUnsure = true;
+    mFailure = inOutcome;
     return false;
 }
 
@@ -171,8 +171,9 @@ bool DicomFileScan::readExplicitHeader(Element& outElement)
     const uchar* header = bytes(mPlace, 8);
     const LengthField field = lengthField(header + 4);
     if (field == LengthField::Unknown)
-        return giveUp();
+        return fail(Outcome::Unsure);
     outElement.unknownVr = std::memcmp(header + 4, "UN", 2) == 0;
+    outElement.sequence = std::memcmp(header + 4, "SQ", 2) == 0;
     if (field == LengthField::Short) {
         outElement.length = qFromLittleEndian<quint16>(header + 6);
         mPlace += 8;
@@ -187,7 +188,7 @@ bool DicomFileScan::readExplicitHeader(Element& outElement)
 }
 
 /// The file meta information, always in explicit little endian; its end is where the group ends.
-bool DicomFileScan::readMeta(std::string& outSopClass, std::string& outSyntax)
+bool DicomFileScan::readMeta(std::string& outSopClass)
 {
     for (const uchar* next = bytes(mPlace, 8); next && tagAt(next) >> 16 == 0x0002; next = bytes(mPlace, 8)) {
         Element element;
@@ -195,11 +196,12 @@ bool DicomFileScan::readMeta(std::string& outSopClass, std::string& outSyntax)
             return false;
         if (element.tag == mediaStorageSopClass)
             outSopClass = text(element);
-        if (element.tag == transferSyntax)
-            outSyntax = text(element);
+        if (element.tag == transferSyntaxTag)
+            mSyntax = text(element);
         mPlace += element.length;
     }
-    return !outSyntax.empty() && mPlace < mSize;
+    mDataSetStart = mPlace;
+    return !mSyntax.empty() && mPlace < mSize;
 }
 
 bool DicomFileScan::readDataSet()
@@ -207,15 +209,19 @@ bool DicomFileScan::readDataSet()
     while (mPlace < mSize) {
         Element element;
         if (!readHeader(element))
-            return mSize - mPlace < 8 ? giveUp() : false;
+            return mSize - mPlace < 8 ? fail(Outcome::Unsure) : false;
         if (element.tag <= mLastTag)
-            return giveUp();
+            return fail(Outcome::Unsure);
         mLastTag = element.tag;
         keep(element);
+        const qint64 start = mPlace;
         if (!skipValue(element, 0))
             return false;
-        if (isPixelData(element.tag))
-            return true;
+        if (!isPixelData(element.tag))
+            continue;
+        if (!element.sequence)
+            std::tie(mPixelsStart, mPixelsEnd) = std::tie(start, mPlace);
+        return true;
     }
     return true;
 }
@@ -237,15 +243,15 @@ bool DicomFileScan::skipValue(const Element& inElement, int inDepth)
 bool DicomFileScan::skipItems(int inDepth)
 {
     Element element;
-    while (inDepth <= deepestNesting && readHeader(element)) {
+    while (inDepth <= DicomNesting::deepest && readHeader(element)) {
         if (element.tag == sequenceEnd)
             return true;
         if (element.tag != item)
-            return giveUp();
+            return fail(Outcome::Unsure);
         if (!(element.undefinedLength() ? skipItemContent(inDepth) : skipValue(element, inDepth)))
             return false;
     }
-    return inDepth <= deepestNesting ? false : giveUp();
+    return inDepth <= DicomNesting::deepest ? false : fail(Outcome::TooDeep);
 }
 
 bool DicomFileScan::skipItemContent(int inDepth)

@@ -28,6 +28,7 @@ public:
         Complete,  ///< facts() are there.
         Directory, ///< A DICOMDIR.
         BrokenOff, ///< The file ends inside an element; reason() says in which.
+        TooDeep,   ///< Sequences are nested too deep for DCMTK, which must not read the file.
         Unsure,
     };
 
@@ -37,7 +38,15 @@ public:
     Outcome run();
 
     const DicomInstanceFacts& facts() const { return mFacts; }
+    /// Of BrokenOff and TooDeep.
     QString reason() const;
+
+    /// From the meta information; empty when there is none that can be read.
+    const std::string& transferSyntax() const { return mSyntax; }
+    qint64 dataSetStart() const { return mDataSetStart; }
+    /// Where the pixels lie when run() was Complete; both 0 when there are none.
+    qint64 pixelsStart() const { return mPixelsStart; }
+    qint64 pixelsEnd() const { return mPixelsEnd; }
 
 private:
     struct Element
@@ -45,6 +54,7 @@ private:
         quint32 tag = 0;
         quint32 length = 0;
         bool unknownVr = false;
+        bool sequence = false; ///< By an explicit VR.
 
         bool undefinedLength() const;
     };
@@ -53,21 +63,25 @@ private:
     std::string text(const Element& inElement);
     bool readHeader(Element& outElement);
     bool readExplicitHeader(Element& outElement);
-    bool readMeta(std::string& outSopClass, std::string& outSyntax);
+    bool readMeta(std::string& outSopClass);
     bool readDataSet();
     bool skipValue(const Element& inElement, int inDepth);
     bool skipItems(int inDepth);
     bool skipItemContent(int inDepth);
-    bool giveUp();
+    bool fail(Outcome inOutcome);
     void keep(const Element& inElement);
 
     QFile& mFile;
     const qint64 mSize;
     qint64 mPlace = 0;
     bool mImplicit = false;
-    bool mUnsure = false;
-    quint32 mLastTag = 0; ///< At the top level.
+    Outcome mFailure = Outcome::BrokenOff; ///< What it means that something could not be read or skipped.
+    quint32 mLastTag = 0;                  ///< At the top level.
     DicomInstanceFacts mFacts;
+    std::string mSyntax;
+    qint64 mDataSetStart = 0;
+    qint64 mPixelsStart = 0;
+    qint64 mPixelsEnd = 0;
     qint64 mWindowStart = 0;
     qint64 mWindowCount = 0;
     std::array<uchar, 16 * 1024> mWindow;

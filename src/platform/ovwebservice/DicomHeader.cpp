@@ -2,6 +2,7 @@
 
 #include "DicomDictionary.h"
 #include "DicomFileScan.h"
+#include "DicomNesting.h"
 #include "DicomValue.h"
 
 #include "dcmtk/config/osconfig.h"
@@ -103,8 +104,8 @@ bool isAscii(const QString& inText)
     return std::all_of(inText.begin(), inText.end(), [](QChar c) { return c.unicode() < 0x80; });
 }
 
-/// What can be said of a file without building a data set: it isn't DICOM, or ends too early. Read for the
-/// rest.
+/// What can be said of a file without building a data set: it isn't DICOM, ends too early, or is nested too
+/// deep. Read for the rest.
 DicomHeader::Outcome firstLook(const QString& inPath, QString& outReason)
 {
     constexpr qint64 enough = 256;
@@ -118,9 +119,13 @@ DicomHeader::Outcome firstLook(const QString& inPath, QString& outReason)
         return DicomHeader::Outcome::NotDicom;
     }
     DicomFileScan scan(file);
-    if (scan.run() != DicomFileScan::Outcome::BrokenOff)
+    const DicomFileScan::Outcome scanned = scan.run();
+    if (scanned == DicomFileScan::Outcome::BrokenOff || scanned == DicomFileScan::Outcome::TooDeep)
+        outReason = scan.reason();
+    else if (isNestedTooDeep(file, scan))
+        outReason = DicomNesting::reason();
+    else
         return DicomHeader::Outcome::Read;
-    outReason = scan.reason();
     return DicomHeader::Outcome::Damaged;
 }
 

@@ -35,7 +35,8 @@ public:
     ///
     /// The content decides, not the name: a file starts with the preamble and "DICM" (PS3.10), or without
     /// them with an element of group 0002 or 0008. A file is damaged when it ends inside an element, be it
-    /// the pixels. With any other outcome than Read, \a outReason gets one line of text that says why.
+    /// the pixels, and when its sequences are nested in more than 64 levels. With any other outcome than
+    /// Read, \a outReason gets one line of text that says why.
     static Outcome readFile(const QString& inPath, DicomHeader& outHeader, QString& outReason);
 
     /// The value of the element at \a inPath. Invalid when it is absent, or when \a inPath is; a present but

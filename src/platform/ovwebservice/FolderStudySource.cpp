@@ -39,26 +39,45 @@ void log(int inLevel, const QString& inPath, const QString& inText)
                               (inPath + QLatin1String(": ") + inText).toUtf8().constData());
 }
 
-/// The regular files below a folder, each folder once, however many links lead to it.
+/// The regular files below some folders, each folder once, however many links lead to it.
 class FolderWalk
 {
 public:
-    explicit FolderWalk(const QString& inFolder)
+    explicit FolderWalk(const QStringList& inFolders)
     {
-        std::vector<fs::path> folders{QFileInfo(inFolder).filesystemFilePath()};
+        for (const QString& folder : inFolders)
+            walk(QFileInfo(folder).filesystemFilePath());
+    }
+
+    /// By folder given, and there by path.
+    const QStringList& files() const { return mFiles; }
+    /// Of the folders given.
+    const QStringList& errors() const { return mErrors; }
+    int unreadable() const { return mUnreadable; }
+
+private:
+    void walk(const fs::path& inRoot)
+    {
+        std::error_code error;
+        const fs::directory_iterator opened(inRoot, error);
+        if (error) {
+            fail(inRoot, error);
+            return;
+        }
+        const auto before = mFiles.size();
+        std::vector<fs::path> folders{inRoot};
         while (!folders.empty()) {
             const fs::path folder = folders.back();
             folders.pop_back();
-            if (isNew(folder))
-                read(folder, folders);
+            error = isNew(folder) ? read(folder, folders) : std::error_code();
+            if (error && folder == inRoot)
+                fail(folder, error);
+            else if (error)
+                skip(folder, error);
         }
-        std::sort(mFiles.begin(), mFiles.end());
+        std::sort(mFiles.begin() + before, mFiles.end());
     }
 
-    const QStringList& files() const { return mFiles; }
-    const QStringList& errors() const { return mErrors; }
-
-private:
     bool isNew(const fs::path& inFolder)
     {
         std::error_code error;
@@ -66,7 +85,7 @@ private:
         return error || mSeen.insert(real.native()).second;
     }
 
-    void read(const fs::path& inFolder, std::vector<fs::path>& ioFolders)
+    std::error_code read(const fs::path& inFolder, std::vector<fs::path>& ioFolders)
     {
         std::error_code error;
         for (fs::directory_iterator it(inFolder, error), end; !error && it != end; it.increment(error)) {
@@ -76,15 +95,31 @@ private:
             else if (it->is_regular_file(unknown))
                 mFiles += text(it->path());
         }
-        if (error)
-            mErrors += text(inFolder) + QLatin1String(": ") + QString::fromLocal8Bit(error.message().c_str());
+        return error;
+    }
+
+    void fail(const fs::path& inFolder, const std::error_code& inError)
+    {
+        mErrors += text(inFolder) + QLatin1String(": ") + text(inError);
+        getTheLogInstance().trace(3, logContext, mErrors.constLast().toUtf8().constData());
+    }
+
+    void skip(const fs::path& inFolder, const std::error_code& inError)
+    {
+        log(2, text(inFolder), QLatin1String("folder cannot be read: ") + text(inError));
+        ++mUnreadable;
     }
 
     static QString text(const fs::path& inPath) { return QFileInfo(inPath).filePath(); }
+    static QString text(const std::error_code& inError)
+    {
+        return QString::fromLocal8Bit(inError.message().c_str());
+    }
 
     std::unordered_set<fs::path::string_type> mSeen;
     QStringList mFiles;
     QStringList mErrors;
+    int mUnreadable = 0;
 };
 
 /// The slow way, for files that the scan leaves open.
@@ -113,6 +148,7 @@ void scan(FoundFile& ioFile)
         ioFile.outcome = DicomHeader::Outcome::Directory;
         break;
     case DicomFileScan::Outcome::BrokenOff:
+    case DicomFileScan::Outcome::TooDeep:
         ioFile.outcome = DicomHeader::Outcome::Damaged;
         ioFile.reason = fileScan.reason();
         break;
@@ -122,14 +158,20 @@ void scan(FoundFile& ioFile)
 }
 
 /// A file that exhausts the memory, say, costs that file and not the program.
-void scanSafely(FoundFile& ioFile, int inOrigin)
+template <typename Function>
+void safely(FoundFile& ioFile, const Function& inFunction)
 {
     try {
-        scan(ioFile);
+        inFunction();
     } catch (const std::exception& problem) {
         ioFile.outcome = DicomHeader::Outcome::Damaged;
-        ioFile.reason = QString::fromLocal8Bit(problem.what());
+        ioFile.reason = QLatin1String("damaged: ") + QString::fromLocal8Bit(problem.what());
     }
+}
+
+void scanSafely(FoundFile& ioFile, int inOrigin)
+{
+    safely(ioFile, [&ioFile] { scan(ioFile); });
     ioFile.facts.origin = inOrigin;
     ioFile.facts.instance.path = ioFile.path;
     ioFile.read = true;
@@ -148,7 +190,8 @@ void readRepresentative(FoundStudy& ioStudy)
 {
     while (!ioStudy.instances.empty()) {
         FoundFile file{.path = ioStudy.instances.front().instance.path};
-        file.outcome = DicomHeader::readFile(file.path, ioStudy.representative, file.reason);
+        safely(file,
+               [&] { file.outcome = DicomHeader::readFile(file.path, ioStudy.representative, file.reason); });
         if (file.outcome == DicomHeader::Outcome::Read)
             return;
         ioStudy.failures.push_back(file);
@@ -160,12 +203,11 @@ void readRepresentative(FoundStudy& ioStudy)
 class FolderLoad
 {
 public:
-    StudySourceResult run(const QString& inFolder, const StudySource::Progress& inProgress)
+    StudySourceResult run(const QStringList& inFolders, const StudySource::Progress& inProgress)
     {
-        const FolderWalk walk(inFolder);
+        const FolderWalk walk(inFolders);
         mResult.errors = walk.errors();
-        for (const QString& error : mResult.errors)
-            getTheLogInstance().trace(3, logContext, error.toUtf8().constData());
+        mResult.unreadableFolders = walk.unreadable();
         for (const QString& path : walk.files())
             mFiles.push_back({.path = path});
         mResult.cancelled = !parallelFor(
@@ -174,6 +216,7 @@ public:
         group();
         makeStudies();
         finish(mResult);
+        log(1, inFolders.join(QLatin1String(", ")), counts());
         return std::move(mResult);
     }
 
@@ -236,6 +279,22 @@ private:
             log(2, inStudy.instances.front().instance.path, problems.join(QLatin1String("; ")));
     }
 
+    QString counts() const
+    {
+        const QString found = QStringLiteral("%1 files, %2 instances, %3 studies")
+                                  .arg(mResult.files)
+                                  .arg(mResult.instances)
+                                  .arg(mResult.studies.size());
+        const QString skipped = QStringLiteral("; skipped: %1 not DICOM, %2 damaged, %3 without study, "
+                                               "%4 duplicates, %5 unreadable folders")
+                                    .arg(mResult.notDicom)
+                                    .arg(mResult.damaged)
+                                    .arg(mResult.noStudy)
+                                    .arg(mResult.duplicates)
+                                    .arg(mResult.unreadableFolders);
+        return found + skipped + (mResult.cancelled ? QLatin1String("; stopped early") : QLatin1String());
+    }
+
     StudySourceResult mResult;
     std::vector<FoundFile> mFiles;
     StudyGrouping mGrouping;
@@ -243,13 +302,17 @@ private:
 
 } // namespace
 
-FolderStudySource::FolderStudySource(QString inFolder)
-    : mFolder(std::move(inFolder))
+FolderStudySource::FolderStudySource(const QString& inFolder)
+    : FolderStudySource(QStringList(inFolder))
+{}
+
+FolderStudySource::FolderStudySource(QStringList inFolders)
+    : mFolders(std::move(inFolders))
 {}
 
 StudySourceResult FolderStudySource::load(const Progress& inProgress)
 {
-    return FolderLoad().run(mFolder, inProgress);
+    return FolderLoad().run(mFolders, inProgress);
 }
 
 } // namespace Ovg

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -13,6 +14,31 @@ namespace Ovg {
 namespace {
 
 constexpr std::chrono::milliseconds progressInterval{50};
+
+/// As many workers as there are cores, or fewer when the system gives no more threads.
+std::vector<std::jthread> startWorkers(int inCount, const std::function<void()>& inWork)
+{
+    const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+    std::vector<std::jthread> workers;
+    try {
+        for (int i = 0; i < std::min(cores, inCount); ++i)
+            workers.emplace_back(inWork);
+    } catch (const std::system_error&) {
+        return workers;
+    }
+    return workers;
+}
+
+bool onThisThread(int inCount, const std::function<void(int)>& inTask,
+                  const std::function<bool(int, int)>& inProgress)
+{
+    for (int i = 0; i < inCount; ++i) {
+        inTask(i);
+        if (inProgress && !inProgress(i + 1, inCount))
+            return false;
+    }
+    return true;
+}
 
 } // namespace
 
@@ -33,10 +59,9 @@ bool parallelFor(int inCount, const std::function<void(int)>& inTask,
             finished.notify_one();
         }
     };
-    std::vector<std::jthread> workers;
-    const int cores = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    for (int i = 0; i < std::min(cores, inCount); ++i)
-        workers.emplace_back(work);
+    std::vector<std::jthread> workers = startWorkers(inCount, work);
+    if (workers.empty())
+        return onThisThread(inCount, inTask, inProgress);
     std::unique_lock lock(mutex);
     while (!stopped && !finished.wait_for(lock, progressInterval, [&] { return done == inCount; }))
         stopped = inProgress && !inProgress(done, inCount);

@@ -23,10 +23,12 @@ struct StudySourceResult
     int damaged = 0;    ///< Skipped: broken off, malformed or unreadable.
     int noStudy = 0;    ///< Skipped: sound, but without a study instance UID, as a colour palette is.
 
+    int unreadableFolders = 0; ///< Skipped: folders below the given ones that can't be read.
+
     bool cancelled = false; ///< The progress function said stop; the studies are those found until then.
 
-    /// Why a folder could not be read, one line for each. Empty when all went well; skipped files don't
-    /// count.
+    /// Why a given folder could not be read, one line for each. Empty when all went well; skipped files
+    /// and folders below don't count.
     QStringList errors;
 };
 

@@ -1,4 +1,5 @@
 #include "DicomFileMaker.h"
+#include "DicomNestingMaker.h"
 
 #include <support/KyTest.h>
 
@@ -206,6 +207,29 @@ private slots:
             ++complete;
         }
         QVERIFY2(complete > 100, qPrintable(QString::number(complete)));
+    }
+
+    void sequencesNestedTooDeepAreAnOutcomeOfTheirOwn_data()
+    {
+        QTest::addColumn<int>("levels");
+        QTest::addColumn<int>("outcome");
+        QTest::newRow("64") << 64 << int(Outcome::Complete);
+        QTest::newRow("65") << 65 << int(Outcome::TooDeep);
+        QTest::newRow("20000") << 20000 << int(Outcome::TooDeep);
+    }
+    void sequencesNestedTooDeepAreAnOutcomeOfTheirOwn()
+    {
+        QFETCH(int, levels);
+        QFETCH(int, outcome);
+        const QString path = DicomFileMaker().save(mFolder.filePath(QStringLiteral("deep")));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::Append));
+        file.write(DicomNestingMaker().levels(levels));
+        file.close();
+        const Scanned result = scanned(path);
+        QCOMPARE(int(result.outcome), outcome);
+        if (result.outcome == Outcome::TooDeep)
+            QCOMPARE(result.reason, "damaged: sequences are nested too deep, in more than 64 levels");
     }
 
     /// Bytes of a whole file changed at random: the scan ends, whatever it says.

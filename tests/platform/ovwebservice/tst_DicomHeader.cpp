@@ -1,4 +1,5 @@
 #include "DicomFileMaker.h"
+#include "DicomNestingMaker.h"
 
 #include <support/KyTest.h>
 #include <support/LogCapture.h>
@@ -49,6 +50,91 @@ class TestDicomHeader final : public QObject
     Q_OBJECT
 
 private slots:
+    void nestingIsBounded_data()
+    {
+        QTest::addColumn<int>("syntax");
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<bool>("knownLengths");
+        const auto rows = [](const char* name, int syntax, int mode) {
+            QTest::addRow("%s", name) << syntax << mode << false;
+            QTest::addRow("%s, known lengths", name) << syntax << mode << true;
+        };
+        rows("explicit", EXS_LittleEndianExplicit, EWM_fileformat);
+        rows("implicit", EXS_LittleEndianImplicit, EWM_fileformat);
+        rows("big endian", EXS_BigEndianExplicit, EWM_fileformat);
+        rows("explicit, no preamble", EXS_LittleEndianExplicit, EWM_dataset);
+        rows("implicit, no preamble", EXS_LittleEndianImplicit, EWM_dataset);
+        rows("big endian, no preamble", EXS_BigEndianExplicit, EWM_dataset);
+    }
+    void nestingIsBounded()
+    {
+        QFETCH(int, syntax);
+        QFETCH(int, mode);
+        QFETCH(bool, knownLengths);
+        const DicomNestingMaker nesting{.bigEndian = syntax == EXS_BigEndianExplicit,
+                                        .implicit = syntax == EXS_LittleEndianImplicit,
+                                        .knownLengths = knownLengths};
+        const QString path =
+            DicomFileMaker().save(mFolder.filePath(QStringLiteral("deep")), E_TransferSyntax(syntax),
+                                  EET_ExplicitLength, E_FileWriteMode(mode));
+        const QByteArray start = contentOf(path);
+        DicomHeader header;
+        QString reason;
+        write(path, start + nesting.levels(64));
+        QCOMPARE(DicomHeader::readFile(path, header, reason), Outcome::Read);
+        QCOMPARE(valueOf(header, QStringLiteral("(0040,0275)")), QVariant(1));
+        for (const int levels : {65, 20000}) {
+            write(path, start + nesting.levels(levels));
+            QCOMPARE(DicomHeader::readFile(path, header, reason), Outcome::Damaged);
+            QCOMPARE(reason, "damaged: sequences are nested too deep, in more than 64 levels");
+        }
+        write(path, start + nesting.items(50000));
+        QCOMPARE(DicomHeader::readFile(path, header, reason), Outcome::Read);
+        QCOMPARE(valueOf(header, QStringLiteral("(0040,0275)")), QVariant(50000));
+    }
+
+    void nestingBehindThePixelsIsBounded()
+    {
+        const QString path = DicomFileMaker().putPixels(64).save(mFolder.filePath(QStringLiteral("behind")));
+        QByteArray content = contentOf(path);
+        for (const QByteArray& group : {QByteArray("\xe1\x7f", 2), QByteArray("\x40\0", 2)}) {
+            QByteArray levels = DicomNestingMaker{.knownLengths = true}.levels(20000);
+            write(path, content + levels.replace(0, 2, group));
+            DicomHeader header;
+            QString reason;
+            QCOMPARE(DicomHeader::readFile(path, header, reason), Outcome::Damaged);
+            QCOMPARE(reason, "damaged: sequences are nested too deep, in more than 64 levels");
+        }
+    }
+
+    void nestingInADeflatedFileIsBounded()
+    {
+        for (const int levels : {64, 65}) {
+            DicomFileMaker maker;
+            DcmItem* item = &maker.dataset();
+            for (int i = 0; i < levels; ++i)
+                item->findOrCreateSequenceItem(DCM_RequestAttributesSequence, item);
+            const QString path =
+                maker.save(mFolder.filePath(QStringLiteral("deflated")), EXS_DeflatedLittleEndianExplicit);
+            DicomHeader header;
+            QString reason;
+            QCOMPARE(DicomHeader::readFile(path, header, reason),
+                     levels > 64 ? Outcome::Damaged : Outcome::Read);
+            QCOMPARE(reason.contains("nested too deep"), levels > 64);
+        }
+    }
+
+    /// Values are not looked into for their own sake: pixels full of marks are pixels.
+    void marksInPixelsDoNotCount()
+    {
+        DicomFileMaker maker;
+        std::vector<Uint16> pixels;
+        for (int i = 0; i < 1000; ++i)
+            pixels.insert(pixels.end(), {0xFFFE, 0xE000, 0xFFFF, 0xFFFF});
+        maker.dataset().putAndInsertUint16Array(DCM_PixelData, pixels.data(), pixels.size());
+        headerOf(maker.save(mFolder.filePath(QStringLiteral("marks"))));
+    }
+
     void everyTransferSyntaxIsRead_data()
     {
         QTest::addColumn<int>("syntax");

@@ -1,4 +1,5 @@
 #include "DicomFileMaker.h"
+#include "DicomNestingMaker.h"
 
 #include <support/KyTest.h>
 #include <support/LogCapture.h>
@@ -8,12 +9,46 @@
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
 #include <memory>
+#include <new>
+#include <thread>
 
 #ifdef Q_OS_UNIX
+#include <climits>
 #include <cstdio>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
+
+namespace {
+
+std::atomic<int> allocationsToFail{0}; // of other threads than the main one
+const auto mainThread = std::this_thread::get_id();
+
+} // namespace
+
+void* operator new(size_t inSize)
+{
+    if (allocationsToFail > 0 && std::this_thread::get_id() != mainThread && allocationsToFail-- > 0)
+        throw std::bad_alloc();
+    if (void* memory = std::malloc(inSize > 0 ? inSize : 1))
+        return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* inMemory) noexcept
+{
+    std::free(inMemory);
+}
+
+void operator delete(void* inMemory, size_t) noexcept
+{
+    std::free(inMemory);
+}
 
 using Ovg::DicomTagPath;
 using Ovg::FolderStudySource;
@@ -36,7 +71,7 @@ private slots:
     void init()
     {
         mFolder = std::make_unique<QTemporaryDir>();
-        mLog = std::make_unique<LogCapture>();
+        mLog = std::make_unique<LogCapture>(2);
     }
     void cleanup()
     {
@@ -170,6 +205,128 @@ private slots:
         QVERIFY(result.studies.empty());
         QCOMPARE(result.damaged, 1);
     }
+
+    void filesNestedTooDeepAreDamaged()
+    {
+        DicomFileMaker("1", "1", 2).save(path("sound"));
+        const DicomNestingMaker kinds[] = {
+            {}, {.knownLengths = true}, {.bigEndian = true}, {.bigEndian = true, .knownLengths = true}};
+        for (int i = 0; i < 4; ++i) {
+            const QString deep =
+                DicomFileMaker("1", "1", 1)
+                    .save(path(QByteArray::number(i)),
+                          kinds[i].bigEndian ? EXS_BigEndianExplicit : EXS_LittleEndianExplicit);
+            QFile file(deep);
+            QVERIFY(file.open(QIODevice::Append));
+            file.write(kinds[i].levels(20000));
+        }
+        const StudySourceResult result = load();
+        // Those of known lengths in little endian are only found out if they stand for their study.
+        QCOMPARE(result.damaged, 4);
+        QCOMPARE(result.instances, 1);
+        QCOMPARE(mLog->toStrings().filter("nested too deep").size(), 4);
+    }
+
+    void memoryThatRunsOutCostsTheFileAndNotTheProgram()
+    {
+        DicomFileMaker("1", "1", 1).save(path("1"));
+        DicomFileMaker("1", "1", 2).put(DCM_ImageComments, "second").save(path("2"));
+        const StudySourceResult result = FolderStudySource(mFolder->path()).load([](int done, int total) {
+            allocationsToFail = done == total;
+            return true;
+        });
+        QCOMPARE(int(allocationsToFail), 0);
+        QCOMPARE(result.damaged, 1);
+        QCOMPARE(result.instances, 1);
+        QCOMPARE(comments(*result.studies.at(0)), "second");
+        QCOMPARE(mLog->toStrings(), QStringList("2|Studies|" + path("1") + ": damaged: std::bad_alloc"));
+    }
+
+    void aStudySpreadOverTwoFoldersKeepsAllInstances()
+    {
+        DicomFileMaker("1", "1", 1).put(DCM_ImageComments, "z").save(path("z/1"));
+        DicomFileMaker("1", "1", 2).save(path("z/2"));
+        DicomFileMaker("1", "1", 1).put(DCM_ImageComments, "a").save(path("a/1"));
+        DicomFileMaker("1", "1", 3).save(path("a/3"));
+        const StudySourceResult result = FolderStudySource(QStringList{path("z"), path("a")}).load();
+        QCOMPARE(result.studies.size(), size_t(1));
+        QCOMPARE(result.instances, 3);
+        QCOMPARE(result.duplicates, 1);
+        QCOMPARE(result.files, 4);
+        QCOMPARE(comments(*result.studies[0]), "z");
+        QCOMPARE(result.errors, QStringList());
+    }
+
+    void foldersInOneAnotherAreReadOnce()
+    {
+        DicomFileMaker("1", "1", 1).save(path("a/1"));
+        DicomFileMaker("1", "1", 2).save(path("a/b/2"));
+        const StudySourceResult result =
+            FolderStudySource(QStringList{path("a"), path("a/b"), path("a")}).load();
+        QCOMPARE(result.files, 2);
+        QCOMPARE(result.duplicates, 0);
+        QCOMPARE(result.errors, QStringList());
+    }
+
+    void everyBadFolderIsNamed()
+    {
+        DicomFileMaker().save(path("good/1"));
+        const StudySourceResult result =
+            FolderStudySource(QStringList{path("no"), path("good"), path("good/1")}).load();
+        const QStringList errors{path("no") + ": No such file or directory",
+                                 path("good/1") + ": Not a directory"};
+        QCOMPARE(result.errors, errors);
+        QCOMPARE(result.instances, 1);
+        QCOMPARE(mLog->toStrings(), QStringList({"3|Studies|" + errors[0], "3|Studies|" + errors[1]}));
+    }
+
+    void noFolderIsNoError()
+    {
+        const StudySourceResult result = FolderStudySource(QStringList()).load();
+        QCOMPARE(result.files, 0);
+        QCOMPARE(result.errors, QStringList());
+    }
+
+    void eachLoadEndsWithItsCounts()
+    {
+        mLog = std::make_unique<LogCapture>(1);
+        DicomFileMaker("1", "1", 1).save(path("a/1"));
+        DicomFileMaker("1", "1", 1).save(path("a/2"));
+        DicomFileMaker("1", "1", 3).save(path("a/3"));
+        DicomFileMaker("2", "1", 1).save(path("b/4"));
+        DicomFileMaker().put(DCM_StudyInstanceUID, "").save(path("b/5"));
+        cut(DicomFileMaker("1", "1", 2).putPixels(64).save(path("b/6")), 10);
+        write("b/7", "text");
+        FolderStudySource source(QStringList{path("a"), path("b")});
+        source.load();
+        const QString line = "1|Studies|" + path("a") + ", " + path("b") +
+                             ": 7 files, 3 instances, 2 studies; skipped: 1 not DICOM, 1 damaged, "
+                             "1 without study, 1 duplicates, 0 unreadable folders";
+        QCOMPARE(mLog->toStrings().filter("1|Studies|"), QStringList(line));
+        QCOMPARE(mLog->take().last(), line);
+        source.load([](int, int) { return false; });
+        const QStringList stopped = mLog->take().filter("1|Studies|");
+        QCOMPARE(stopped.size(), 1);
+        QVERIFY2(stopped[0].endsWith("folders; stopped early"), qPrintable(stopped[0]));
+    }
+
+#ifdef Q_OS_UNIX
+    /// Such as one whose path is too long for the system, which even an administrator can't read.
+    void anUnreadableFolderBelowIsSkipped()
+    {
+        DicomFileMaker().save(path("a/1"));
+        makeTooDeep(path("b"));
+        const StudySourceResult result = load();
+        std::filesystem::remove_all(path("b").toStdString());
+        QCOMPARE(result.errors, QStringList());
+        QCOMPARE(result.unreadableFolders, 1);
+        QCOMPARE(result.instances, 1);
+        const QStringList lines = mLog->toStrings();
+        QCOMPARE(lines.size(), 1);
+        QVERIFY(lines[0].startsWith("2|Studies|" + path("b/")));
+        QVERIFY(lines[0].endsWith(": folder cannot be read: File name too long"));
+    }
+#endif
 
     void instancesWithoutAStudyAreCountedApart()
     {
@@ -374,6 +531,23 @@ private:
         QVERIFY(file.open(QIODevice::WriteOnly));
         QCOMPARE(file.write(inContent), qint64(inContent.size()));
     }
+
+#ifdef Q_OS_UNIX
+    /// Folders in one another until the path of the last, and only of that, is too long.
+    static void makeTooDeep(const QString& inPath)
+    {
+        const std::string name(250, 'x');
+        QVERIFY(QDir().mkpath(inPath));
+        int folder = ::open(qPrintable(inPath), O_RDONLY | O_DIRECTORY);
+        for (qsizetype length = inPath.size(); length < PATH_MAX; length += qsizetype(name.size()) + 1) {
+            QCOMPARE(::mkdirat(folder, name.c_str(), 0700), 0);
+            const int inner = ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY);
+            ::close(folder);
+            folder = inner;
+        }
+        ::close(folder);
+    }
+#endif
 
     static void cut(const QString& inPath, qint64 inBytes)
     {
