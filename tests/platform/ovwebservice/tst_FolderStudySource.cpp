@@ -40,6 +40,11 @@ void* operator new(size_t inSize)
     throw std::bad_alloc();
 }
 
+void* operator new(size_t inSize, const std::nothrow_t&) noexcept
+{
+    return std::malloc(inSize > 0 ? inSize : 1);
+}
+
 void operator delete(void* inMemory) noexcept
 {
     std::free(inMemory);
