@@ -315,7 +315,8 @@ void tst_kyrun::badCommandLineIsToldInOneLine_data()
     QTest::newRow("log in a missing folder")
         << QStringList({"--log", mFolder.filePath("no/such.log"), "-e", "1"});
     QTest::newRow("missing studies") << QStringList({"--studies", mFolder.filePath("missing"), "-e", "1"});
-    QTest::newRow("profile that cannot be made") << QStringList({"--profile", "/dev/null/profile", "-e", "1"});
+    QTest::newRow("profile that cannot be made")
+        << QStringList({"--profile", "/dev/null/profile", "-e", "1"});
 }
 
 void tst_kyrun::badCommandLineIsToldInOneLine()

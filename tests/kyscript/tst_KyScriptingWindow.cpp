@@ -75,6 +75,7 @@ private slots:
     void evaluateButtonRunsWhatIsTyped();
     void evaluateHasAKey();
     void printedLinesStandAboveTheValue();
+    void valueWhoseTextPrintsStandsBelowWhatItPrinted();
     void eachEvaluationClearsTheOutput();
     void onlyTheSelectionRuns();
     void selectionOverLinesKeepsItsLineBreaks();
@@ -601,6 +602,13 @@ void tst_KyScriptingWindow::evaluateHasAKey()
     QTest::keyClicks(&input(), "6 * 7");
     QTest::keyClick(&input(), Qt::Key_F5);
     QTRY_COMPARE(output().toPlainText(), QStringLiteral("42"));
+}
+
+void tst_KyScriptingWindow::valueWhoseTextPrintsStandsBelowWhatItPrinted()
+{
+    QCOMPARE(console().evaluate("for (var i = 0; i < 200; ++i) print(i);"
+                                "({ toString: function() { print('late'); return 'value'; } })"),
+             console().evaluate("for (var i = 0; i < 200; ++i) print(i); print('late'); 'value'"));
 }
 
 void tst_KyScriptingWindow::printedLinesStandAboveTheValue()

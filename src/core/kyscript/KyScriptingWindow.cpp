@@ -169,10 +169,16 @@ void KyScriptingWindow::slotEvaluate()
     const QJSValue result = mEngine->runScript(KyScriptProgram(source, QString(), -1), false, false, true);
     if (!self)
         return;
-    if (result.isError())
+    if (result.isError()) {
         showError(result);
-    else
-        mUi->w_OutputText->append(result.toString());
+        return;
+    }
+    const QString text = result.toString(); // runs a script's toString(), which may print or end the console
+    if (!self)
+        return;
+    auto& output = KyScriptPrintBuffer::of(*mUi->w_OutputText);
+    output.append(text);
+    output.flush();
 }
 
 void KyScriptingWindow::showError(const QJSValue& inError)
@@ -180,6 +186,7 @@ void KyScriptingWindow::showError(const QJSValue& inError)
     const int line = inError.property(QStringLiteral("lineNumber")).toInt();
     const QString message = inError.property(QStringLiteral("message")).toString();
     const QString stack = inError.property(QStringLiteral("stack")).toString();
+    KyScriptPrintBuffer::of(*mUi->w_OutputText).flush(); // nothing printed may follow
     mUi->w_OutputText->setPlainText(tr("Error (Line: %1): %2").arg(QString::number(line), message) +
                                     QLatin1Char('\n') + stack);
 }
