@@ -5,8 +5,8 @@
 set(KY_LAYER_rnlib 0)
 set(KY_LAYER_ovbase 1)
 set(KY_LAYER_jxbase 1)
+set(KY_LAYER_ovwebservice 1)
 set(KY_LAYER_ovvolren 2)
-set(KY_LAYER_ovwebservice 2)
 set(KY_LAYER_kyresources 2)
 set(KY_LAYER_kybase 3)
 set(KY_LAYER_kyreporttab 4)
@@ -14,7 +14,7 @@ set(KY_LAYER_kyscript 5)
 set(KY_LAYER_kyhost 6)
 
 # In the order in which they are built.
-set(KY_PLATFORM_LIBRARIES rnlib ovbase jxbase ovvolren ovwebservice kyresources kybase kyreporttab)
+set(KY_PLATFORM_LIBRARIES rnlib ovbase jxbase ovwebservice ovvolren kyresources kybase kyreporttab)
 
 # Stops the configuration when TARGET would link one of LINKS upward or sideways.
 function(ky_check_layers target)

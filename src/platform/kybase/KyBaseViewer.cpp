@@ -2,6 +2,8 @@
 
 #include "KyViewerManager.h"
 
+KyConditionSource::~KyConditionSource() = default;
+
 KyBaseViewer::KyBaseViewer(Ky::ViewerType inType)
     : mType(inType)
 {
@@ -15,7 +17,23 @@ KyBaseViewer::~KyBaseViewer()
         manager->removeViewer(this);
 }
 
+const std::string& KyBaseViewer::protocolDisplaySetId() const
+{
+    static const std::string none;
+    return none;
+}
+
+OvImageSeries* KyBaseViewer::imageSeries(int)
+{
+    return nullptr;
+}
+
 OvVolume* KyBaseViewer::volume(int)
+{
+    return nullptr;
+}
+
+OvSlice* KyBaseViewer::slice(int)
 {
     return nullptr;
 }

@@ -7,7 +7,8 @@ KyBaseViewerGroup::KyBaseViewerGroup(const KyBaseViewer* inViewer, GroupType inG
     const auto* manager = KyViewerManager::getInstance();
     for (int i = 0; manager && i < manager->numViewers(); ++i) {
         KyBaseViewer* viewer = manager->viewer(i);
-        const bool inTheGroup = inGroup == ActiveLayout || (inGroup == SingleViewer && viewer == inViewer);
+        const bool inTheGroup =
+            viewer && (inGroup == ActiveLayout || (inGroup == SingleViewer && viewer == inViewer));
         if (inTheGroup && (inType == Ky::ViewerTypeAny || viewer->viewerType() == inType))
             mViewers.push_back(viewer);
     }

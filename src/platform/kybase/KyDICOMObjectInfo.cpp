@@ -1,5 +1,9 @@
 #include "KyDICOMObjectInfo.h"
 
+#include "KyDICOMObjectInterface.h"
+
+#include <algorithm>
+
 namespace {
 
 const QLatin1String prefix("DICOM.");
@@ -17,4 +21,34 @@ void KyDICOMObjectInfo::TagKey::deserialize(const QString& inName, bool* outOk)
 QString KyDICOMObjectInfo::TagKey::serialize() const
 {
     return mPath.isValid() ? prefix + mPath.toText() : QString();
+}
+
+void KyDICOMObjectInfo::ConditionDictionary::setValue(const TagKey& inKey, const QVariant& inValue)
+{
+    std::erase_if(mValues, [&](const auto& known) { return known.first == inKey; });
+    mValues.emplace_back(inKey, inValue);
+}
+
+const QVariant* KyDICOMObjectInfo::ConditionDictionary::value(const TagKey& inKey) const
+{
+    const auto found =
+        std::find_if(mValues.begin(), mValues.end(), [&](const auto& known) { return known.first == inKey; });
+    return found == mValues.end() ? nullptr : &found->second;
+}
+
+KyDICOMObjectInfo::Dictionary::Dictionary(const std::shared_ptr<const ConditionDictionary>& inConditions)
+    : mConditions(inConditions)
+{}
+
+QVariant KyDICOMObjectInfo::Dictionary::evaluate(const TagKey& inKey,
+                                                 const std::shared_ptr<KyDICOMObjectInterface>& inObject,
+                                                 Warnings* outWarnings, bool inEmptyForNone) const
+{
+    const QVariant none = inEmptyForNone ? QVariant(QString()) : QVariant();
+    if (const QVariant* value = mConditions ? mConditions->value(inKey) : nullptr)
+        return value->isValid() ? *value : none;
+    if (!inObject)
+        return none;
+    return mConditions && mConditions->sharedOnly() ? inObject->sharedTag(inKey, outWarnings, none)
+                                                    : inObject->tag(inKey, outWarnings, none);
 }

@@ -4,6 +4,13 @@
 
 #include <QString>
 #include <QStringList>
+#include <QVariant>
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+class KyDICOMObjectInterface;
 
 /// How the application names DICOM elements, and what can go wrong when one is read.
 class KyDICOMObjectInfo
@@ -38,5 +45,43 @@ public:
     struct Warnings
     {
         QStringList texts;
+    };
+
+    /// What holds for the images of a viewer beside what they say themselves. A value; a viewer's
+    /// KyConditionSource makes it.
+    class ConditionDictionary
+    {
+    public:
+        /// The element \a inKey has the value \a inValue for the viewer, whatever its images say. The window
+        /// that a user has chosen is told in this way. An invalid value hides the element.
+        void setValue(const TagKey& inKey, const QVariant& inValue);
+        /// Null for a key without such a value.
+        const QVariant* value(const TagKey& inKey) const;
+
+        /// True when what is on show is no single image, as in a plane across all of them: then an element
+        /// has a value only where all images have the same.
+        void setSharedOnly(bool inSharedOnly) { mSharedOnly = inSharedOnly; }
+        bool sharedOnly() const { return mSharedOnly; }
+
+    private:
+        std::vector<std::pair<TagKey, QVariant>> mValues;
+        bool mSharedOnly = false;
+    };
+
+    /// Reads elements under the conditions of a viewer. A value.
+    class Dictionary
+    {
+    public:
+        /// Null for no conditions.
+        explicit Dictionary(const std::shared_ptr<const ConditionDictionary>& inConditions);
+
+        /// The value of the element \a inKey for the viewer: that of the conditions, or else the one of
+        /// \a inObject, which may be null and then has none. Invalid when there is none, or an empty text if
+        /// \a inEmptyForNone. Oddities of the value are added to \a outWarnings, if not null.
+        QVariant evaluate(const TagKey& inKey, const std::shared_ptr<KyDICOMObjectInterface>& inObject,
+                          Warnings* outWarnings, bool inEmptyForNone) const;
+
+    private:
+        std::shared_ptr<const ConditionDictionary> mConditions;
     };
 };

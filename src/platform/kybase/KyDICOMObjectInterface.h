@@ -14,4 +14,9 @@ public:
     /// added to \a outWarnings, if not null. Types are those of Ovg::DicomHeader::value().
     virtual QVariant tag(const KyDICOMObjectInfo::TagKey& inKey, KyDICOMObjectInfo::Warnings* outWarnings,
                          const QVariant& inDefault) const = 0;
+
+    /// The same where the object is one of several images: the value that all of them have, or \a inDefault
+    /// when they differ. For any other object as tag().
+    virtual QVariant sharedTag(const KyDICOMObjectInfo::TagKey& inKey,
+                               KyDICOMObjectInfo::Warnings* outWarnings, const QVariant& inDefault) const;
 };

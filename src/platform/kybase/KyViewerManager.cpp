@@ -26,23 +26,31 @@ KyViewerManager* KyViewerManager::getInstance()
 
 KyBaseViewer* KyViewerManager::viewer(int inIndex) const
 {
-    return inIndex >= 0 && inIndex < numViewers() ? mViewers[static_cast<std::size_t>(inIndex)] : nullptr;
+    return inIndex >= 0 && inIndex < KyViewerManager::numViewers()
+               ? mViewers[static_cast<std::size_t>(inIndex)]
+               : nullptr;
 }
 
 void KyViewerManager::setActiveViewer(KyBaseViewer* inViewer)
 {
-    if (!inViewer || std::find(mViewers.begin(), mViewers.end(), inViewer) != mViewers.end())
-        mActiveViewer = inViewer;
+    const bool known = !inViewer || std::find(mViewers.begin(), mViewers.end(), inViewer) != mViewers.end();
+    if (!known || inViewer == mActiveViewer)
+        return;
+    mActiveViewer = inViewer;
+    emit activeViewerChanged(inViewer);
 }
 
 void KyViewerManager::addViewer(KyBaseViewer* inViewer)
 {
     mViewers.push_back(inViewer);
+    emit viewersChanged();
 }
 
 void KyViewerManager::removeViewer(const KyBaseViewer* inViewer)
 {
-    std::erase(mViewers, inViewer);
+    if (std::erase(mViewers, inViewer) == 0)
+        return;
     if (mActiveViewer == inViewer)
-        mActiveViewer = nullptr;
+        setActiveViewer(nullptr);
+    emit viewersChanged();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QObject>
+
 #include <vector>
 
 class KyBaseViewer;
@@ -8,25 +10,37 @@ class KyBaseViewer;
 ///
 /// Somebody's object: construction makes it the one that getInstance() finds, destruction ends that. It
 /// owns no viewer; each enters and leaves by itself, see KyBaseViewer. GUI thread only.
-class KyViewerManager
+class KyViewerManager : public QObject
 {
+    Q_OBJECT
+
 public:
     KyViewerManager();
-    virtual ~KyViewerManager();
-    KyViewerManager(const KyViewerManager&) = delete;
-    KyViewerManager& operator=(const KyViewerManager&) = delete;
+    ~KyViewerManager() override;
 
     /// Null when nobody has made one.
     static KyViewerManager* getInstance();
 
-    int numViewers() const { return static_cast<int>(mViewers.size()); }
-    /// Null for an index outside of 0 to numViewers() - 1.
-    KyBaseViewer* viewer(int inIndex) const;
+    virtual int numViewers() const { return static_cast<int>(mViewers.size()); }
+    /// Null for an index outside of 0 to numViewers() - 1. A derived manager may have places without a
+    /// viewer, which are null too.
+    virtual KyBaseViewer* viewer(int inIndex) const;
 
     /// Null when no viewer is active, as after the active one has closed.
     KyBaseViewer* activeViewer() const { return mActiveViewer; }
     /// Null makes none active. A viewer that is not in the manager changes nothing.
     virtual void setActiveViewer(KyBaseViewer* inViewer);
+
+signals:
+    /// A viewer has come or is going. One that comes is still being made, and one that goes ended: both are
+    /// there for comparison only.
+    void viewersChanged();
+
+    /// Another viewer, or none, is active now.
+    void activeViewerChanged(KyBaseViewer* inViewer);
+
+    /// A viewer shows something else than before: other images, another slice, orientation or weight.
+    void contentChanged(KyBaseViewer* inViewer);
 
 private:
     friend class KyBaseViewer;

@@ -5,3 +5,13 @@ OvVolume::OvVolume(std::unique_ptr<OvDBMetaInfo> inDbMetaInfo)
 {}
 
 OvVolume::~OvVolume() = default;
+
+OvData* OvVolume::data(unsigned int)
+{
+    return nullptr;
+}
+
+const Ovg::DicomHeader* OvVolume::header(int) const
+{
+    return nullptr;
+}

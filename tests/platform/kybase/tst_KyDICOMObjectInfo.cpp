@@ -1,6 +1,7 @@
 #include <support/KyTest.h>
 
 #include <kybase/KyDICOMObjectInfo.h>
+#include <kybase/KyDICOMObjectInterface.h>
 
 using TagKey = KyDICOMObjectInfo::TagKey;
 
@@ -64,6 +65,93 @@ private slots:
         QVERIFY(!ok);
         QCOMPARE(key, TagKey());
     }
+
+    void withoutConditionsTheObjectAnswers()
+    {
+        const auto object = std::make_shared<TwoAnswers>();
+        const KyDICOMObjectInfo::Dictionary dictionary(nullptr);
+        QCOMPARE(dictionary.evaluate(patient(), object, nullptr, false), "own");
+        QVERIFY(!dictionary.evaluate(study(), object, nullptr, false).isValid());
+        QCOMPARE(dictionary.evaluate(study(), object, nullptr, true), "");
+    }
+
+    void withoutAnObjectThereIsNothing()
+    {
+        const KyDICOMObjectInfo::Dictionary dictionary(nullptr);
+        QVERIFY(!dictionary.evaluate(patient(), nullptr, nullptr, false).isValid());
+        QCOMPARE(dictionary.evaluate(patient(), nullptr, nullptr, true), "");
+    }
+
+    void aConditionReplacesTheValue()
+    {
+        auto conditions = std::make_shared<KyDICOMObjectInfo::ConditionDictionary>();
+        conditions->setValue(study(), 1);
+        conditions->setValue(study(), 2);
+        const KyDICOMObjectInfo::Dictionary dictionary(conditions);
+        const auto object = std::make_shared<TwoAnswers>();
+        QCOMPARE(dictionary.evaluate(study(), object, nullptr, false), 2);
+        QCOMPARE(dictionary.evaluate(study(), nullptr, nullptr, false), 2);
+        QCOMPARE(dictionary.evaluate(patient(), object, nullptr, false), "own");
+        QVERIFY(!conditions->value(patient()));
+    }
+
+    void anInvalidConditionHidesTheValue()
+    {
+        auto conditions = std::make_shared<KyDICOMObjectInfo::ConditionDictionary>();
+        conditions->setValue(patient(), QVariant());
+        const KyDICOMObjectInfo::Dictionary dictionary(conditions);
+        const auto object = std::make_shared<TwoAnswers>();
+        QVERIFY(!dictionary.evaluate(patient(), object, nullptr, false).isValid());
+        QCOMPARE(dictionary.evaluate(patient(), object, nullptr, true), "");
+    }
+
+    void aPlaneAcrossImagesHasWhatTheyShare()
+    {
+        auto conditions = std::make_shared<KyDICOMObjectInfo::ConditionDictionary>();
+        QVERIFY(!conditions->sharedOnly());
+        conditions->setSharedOnly(true);
+        const auto object = std::make_shared<TwoAnswers>();
+        QCOMPARE(KyDICOMObjectInfo::Dictionary(conditions).evaluate(patient(), object, nullptr, false),
+                 "shared");
+    }
+
+    void anObjectByItselfSharesItsValues()
+    {
+        class Single final : public KyDICOMObjectInterface
+        {
+        public:
+            QVariant tag(const TagKey&, KyDICOMObjectInfo::Warnings*, const QVariant&) const override
+            {
+                return 5;
+            }
+        };
+        QCOMPARE(Single().sharedTag(patient(), nullptr, {}), 5);
+    }
+
+private:
+    /// Has a patient's name, another one where all images are asked, and nothing else.
+    class TwoAnswers final : public KyDICOMObjectInterface
+    {
+    public:
+        QVariant tag(const TagKey& inKey, KyDICOMObjectInfo::Warnings*,
+                     const QVariant& inDefault) const override
+        {
+            return inKey == patient() ? QVariant("own") : inDefault;
+        }
+        QVariant sharedTag(const TagKey&, KyDICOMObjectInfo::Warnings*, const QVariant&) const override
+        {
+            return "shared";
+        }
+    };
+
+    static TagKey keyOf(const QString& inName)
+    {
+        TagKey key;
+        key.deserialize(inName, nullptr);
+        return key;
+    }
+    static TagKey patient() { return keyOf("DICOM.PatientName"); }
+    static TagKey study() { return keyOf("DICOM.StudyID"); }
 };
 
 KY_TEST_MAIN(TestKyDICOMObjectInfo)

@@ -1,7 +1,9 @@
 #include <kybase/KyBaseViewerGroup.h>
+#include <kybase/KyContextToolBar.h>
 #include <kybase/KyViewerManager.h>
 #include <ovvolren/OvVolume.h>
 
+#include <QSignalSpy>
 #include <QTest>
 
 namespace {
@@ -21,6 +23,14 @@ RnHandle<KyBaseViewer> openViewer(Ky::ViewerType inType = Ky::ViewerTypeSlice)
 {
     return new VolumeViewer(inType);
 }
+
+/// A manager with a place that no viewer has taken.
+class ManagerWithAnEmptyPlace final : public KyViewerManager
+{
+public:
+    int numViewers() const override { return KyViewerManager::numViewers() + 1; }
+    KyBaseViewer* viewer(int inIndex) const override { return KyViewerManager::viewer(inIndex - 1); }
+};
 
 constexpr auto Layout = KyBaseViewerGroup::ActiveLayout;
 
@@ -49,6 +59,11 @@ private slots:
     void aSingleViewerIsAGroupByItself();
     void anUnknownGroupIsEmpty();
     void aGroupWithoutAManagerIsEmpty();
+    void aGroupPassesOverEmptyPlaces();
+    void theManagerTellsOfViewers();
+    void theManagerTellsOfTheActiveViewerOnce();
+    void closingTheActiveViewerIsTold();
+    void aDisplayHintIsKeptAndToldOnce();
 };
 
 void tst_KyViewers::withoutAManagerNothingIsOpen()
@@ -67,6 +82,14 @@ void tst_KyViewers::aPlainViewerAnswersNeutrally()
     }());
     QCOMPARE(viewer->volume(0), nullptr);
     QCOMPARE(viewer->viewerType(), Ky::ViewerTypeAny);
+    QCOMPARE(viewer->viewSubType(), 0);
+    QCOMPARE(viewer->conditionSource(), nullptr);
+    QCOMPARE(viewer->protocolDisplaySetId(), std::string());
+    QCOMPARE(viewer->imageSeries(0), nullptr);
+    QCOMPARE(viewer->slice(0), nullptr);
+    QCOMPARE(viewer->fusionWeight(), 0.0F);
+    QCOMPARE(viewer->widget(), nullptr);
+    QCOMPARE(viewer->contextToolBar(), nullptr);
 }
 
 void tst_KyViewers::viewersStandInTheOrderOfTheirMaking()
@@ -218,6 +241,68 @@ void tst_KyViewers::aGroupWithoutAManagerIsEmpty()
 {
     const auto a = openViewer();
     QCOMPARE(KyBaseViewerGroup(nullptr, Layout, Ky::ViewerTypeAny).size(), std::size_t(0));
+}
+
+void tst_KyViewers::aGroupPassesOverEmptyPlaces()
+{
+    const ManagerWithAnEmptyPlace manager;
+    const auto a = openViewer();
+    QCOMPARE(manager.numViewers(), 2);
+    QCOMPARE(manager.viewer(0), nullptr);
+    const KyBaseViewerGroup layout(nullptr, Layout, Ky::ViewerTypeAny);
+    QCOMPARE(layout.size(), std::size_t(1));
+    QCOMPARE(layout[0], a.get());
+    QCOMPARE(KyBaseViewerGroup(nullptr, KyBaseViewerGroup::SingleViewer, Ky::ViewerTypeSlice).size(),
+             std::size_t(0));
+}
+
+void tst_KyViewers::theManagerTellsOfViewers()
+{
+    const KyViewerManager manager;
+    QSignalSpy changes(&manager, &KyViewerManager::viewersChanged);
+    auto a = openViewer();
+    QCOMPARE(changes.size(), 1);
+    a.reset();
+    QCOMPARE(changes.size(), 2);
+}
+
+void tst_KyViewers::theManagerTellsOfTheActiveViewerOnce()
+{
+    KyViewerManager manager;
+    const auto a = openViewer();
+    QList<KyBaseViewer*> told;
+    connect(&manager, &KyViewerManager::activeViewerChanged, &manager,
+            [&](KyBaseViewer* inViewer) { told.append(inViewer); });
+    manager.setActiveViewer(a.get());
+    manager.setActiveViewer(a.get());
+    manager.setActiveViewer(nullptr);
+    QCOMPARE(told, (QList<KyBaseViewer*>{a.get(), nullptr}));
+}
+
+void tst_KyViewers::closingTheActiveViewerIsTold()
+{
+    KyViewerManager manager;
+    auto a = openViewer();
+    manager.setActiveViewer(a.get());
+    QList<KyBaseViewer*> told;
+    connect(&manager, &KyViewerManager::activeViewerChanged, &manager,
+            [&](KyBaseViewer* inViewer) { told.append(inViewer); });
+    a.reset();
+    QCOMPARE(told, QList<KyBaseViewer*>{nullptr});
+}
+
+void tst_KyViewers::aDisplayHintIsKeptAndToldOnce()
+{
+    KyContextToolBar bar;
+    QSignalSpy hints(&bar, &KyContextToolBar::displayHintChanged);
+    QCOMPARE(bar.displayHint(), QString());
+    bar.setDisplayHint("Measure");
+    bar.setDisplayHint("Measure");
+    QCOMPARE(bar.displayHint(), "Measure");
+    bar.setDisplayHint(QString());
+    QCOMPARE(bar.displayHint(), QString());
+    QCOMPARE(hints.size(), 2);
+    QCOMPARE(hints.at(0).constFirst().toString(), "Measure");
 }
 
 QTEST_APPLESS_MAIN(tst_KyViewers)

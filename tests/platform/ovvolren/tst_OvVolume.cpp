@@ -10,6 +10,7 @@ private slots:
     void aVolumeOfASeriesTellsItsStudy();
     void aComputedVolumeHasNoDatabaseInformation();
     void aVolumeIsFoundById();
+    void aComputedVolumeHasNoImages();
 };
 
 void tst_OvVolume::aVolumeOfASeriesTellsItsStudy()
@@ -31,6 +32,14 @@ void tst_OvVolume::aVolumeIsFoundById()
 {
     const RnHandle<OvVolume> volume(new OvVolume);
     QCOMPARE(dynamic_cast<OvVolume*>(OvInterface::instanceWithUID(volume->uniqueID())), volume.get());
+}
+
+void tst_OvVolume::aComputedVolumeHasNoImages()
+{
+    const RnHandle<OvVolume> volume(new OvVolume);
+    QCOMPARE(volume->data(0), nullptr);
+    QCOMPARE(volume->imageCount(), 0);
+    QCOMPARE(volume->header(0), nullptr);
 }
 
 QTEST_APPLESS_MAIN(tst_OvVolume)

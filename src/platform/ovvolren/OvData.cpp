@@ -1,0 +1,3 @@
+#include "OvData.h"
+
+OvData::~OvData() = default;

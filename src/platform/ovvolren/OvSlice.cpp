@@ -1,0 +1,3 @@
+#include "OvSlice.h"
+
+OvSlice::~OvSlice() = default;
