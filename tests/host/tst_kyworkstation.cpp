@@ -36,6 +36,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTextEdit>
@@ -64,6 +65,7 @@ private slots:
     void foldersAreReadOneAfterTheOther();
     void loadingIsCancelledByItsButton();
     void windowCanEndWhileStudiesAreRead();
+    void failedFolderIsToldAlsoBehindOthers();
     void studyThatIsOpenedAgainStandsOnce();
     void studyChangesItsList();
     void missingFolderIsTold();
@@ -101,6 +103,11 @@ private slots:
     void settingsFollowChangesFromElsewhere();
     void settingsAreSearched();
 
+    void panelIsAddedAsATabWithItsMenuEntry();
+    void panelStandsWhereItWasPut();
+    void viewerAreaStandsBelowTheStudyList();
+    void viewerAreaKeepsItsHeight();
+
     void placesAndSettingsAreKeptBetweenStarts();
     void closingTheWindowClosesTheConsoles();
     void everyActionHasAKey();
@@ -121,7 +128,8 @@ private:
     QTreeView& studyList() { return *mWindow->findChild<QTreeView*>("studyList"); }
     QString cell(int inRow, int inColumn);
     void waitForStudies(int inCount);
-    QString message() { return mWindow->statusBar()->currentMessage(); }
+    QString message() { return mWindow->findChild<QLabel*>("loadResult")->text(); }
+    QString scriptOutput() { return mWindow->findChild<QTextEdit*>("scriptOutputText")->toPlainText(); }
     /// The action of the menus whose text, without mnemonics, is this.
     QAction& action(const QString& inText);
     QWidget& console(const QString& inName);
@@ -419,6 +427,30 @@ void tst_kyworkstation::folderWithoutStudiesIsTold()
     QTRY_COMPARE(message(), QStringLiteral("There is no DICOM study below %1").arg(empty.path()));
 }
 
+void tst_kyworkstation::failedFolderIsToldAlsoBehindOthers()
+{
+    mWindow->openFolder(mSample);
+    mWindow->openFolder(mFolder.filePath("missing"));
+    const QTemporaryDir empty;
+    mWindow->openFolder(empty.path());
+    mWindow->openFolder(mSample);
+    QTRY_VERIFY_WITH_TIMEOUT(!mWindow->findChild<QProgressBar*>("progress")->isVisible(), 20'000);
+    const QStringList parts = message().split(QStringLiteral(" – "));
+    QCOMPARE(parts.size(), 3);
+    QVERIFY2(parts.at(0).contains("missing"), qPrintable(message()));
+    QCOMPARE(parts.at(1), QStringLiteral("further folders that failed: 1"));
+    QCOMPARE(parts.at(2), QStringLiteral("Opened folders: 2 (images: %1)").arg(2 * sSampleImages));
+    QVERIFY(mWindow->findChild<QLabel*>("loadResult")->toolTip().contains(empty.path()));
+
+    // The next load tells only of itself, and a tip of the menus takes nothing away.
+    mWindow->openFolder(mSample);
+    QTRY_VERIFY_WITH_TIMEOUT(!mWindow->findChild<QProgressBar*>("progress")->isVisible(), 20'000);
+    QVERIFY2(message().startsWith("Opened " + mSample), qPrintable(message()));
+    mWindow->statusBar()->showMessage("tip");
+    mWindow->statusBar()->clearMessage();
+    QVERIFY(message().startsWith("Opened ") && mWindow->findChild<QLabel*>("loadResult")->isVisible());
+}
+
 void tst_kyworkstation::skippedFilesAreCounted()
 {
     QTemporaryDir folder;
@@ -551,7 +583,7 @@ void tst_kyworkstation::unreadableScriptIsTold()
 {
     QFETCH(QString, file);
     mWindow->runScript(file);
-    QVERIFY2(message().startsWith("Cannot read the script " + file), qPrintable(message()));
+    QVERIFY2(scriptOutput().startsWith("Cannot read the script " + file), qPrintable(scriptOutput()));
     QVERIFY(OvPropertyPool::instance()->value<QList<QString>>("Workstation.RecentScripts", {}).isEmpty());
 }
 
@@ -793,6 +825,72 @@ void tst_kyworkstation::settingsAreSearched()
     search->clear();
     for (int i = 0; i < tree.topLevelItemCount(); ++i)
         QVERIFY(!tree.topLevelItem(i)->isHidden());
+}
+
+void tst_kyworkstation::panelIsAddedAsATabWithItsMenuEntry()
+{
+    auto* content = new QLabel("content");
+    QDockWidget& panel = mWindow->addPanel({"testDock", "Te&st", QKeySequence("Ctrl+Alt+T")}, content);
+    QCOMPARE(panel.windowTitle(), QStringLiteral("Test"));
+    auto* log = mWindow->findChild<QDockWidget*>("logDock");
+    QTRY_VERIFY(mWindow->tabifiedDockWidgets(&panel).contains(log));
+    QAction* entry = mWindow->findChild<QMenu*>("viewMenu")->actions().last();
+    QCOMPARE(entry->text(), QStringLiteral("Te&st"));
+    QCOMPARE(entry->shortcut(), QKeySequence("Ctrl+Alt+T"));
+    panel.raise();
+    QTRY_VERIFY(content->isVisible());
+    entry->trigger();
+    QVERIFY(!content->isVisible());
+}
+
+void tst_kyworkstation::panelStandsWhereItWasPut()
+{
+    const auto addPanel = [this]() -> QDockWidget& {
+        return mWindow->addPanel({"testDock", "Test", QKeySequence()}, new QLabel("content"));
+    };
+    mWindow->addDockWidget(Qt::LeftDockWidgetArea, &addPanel());
+    stop();
+    start();
+    QCOMPARE(mWindow->dockWidgetArea(&addPanel()), Qt::LeftDockWidgetArea);
+}
+
+void tst_kyworkstation::viewerAreaStandsBelowTheStudyList()
+{
+    QCOMPARE(mWindow->viewerArea(), nullptr);
+    QCOMPARE(studyList().height(), mWindow->centralWidget()->height());
+
+    auto* first = new QLabel("viewers");
+    mWindow->setViewerArea(first);
+    QCOMPARE(mWindow->viewerArea(), first);
+    QTRY_VERIFY(first->isVisible() && first->height() > 50 && studyList().height() > 50);
+    QVERIFY(first->mapTo(mWindow.get(), QPoint()).y() >=
+            studyList().mapTo(mWindow.get(), QPoint()).y() + studyList().height());
+
+    const QPointer<QWidget> gone = first;
+    auto* second = new QLabel("others");
+    mWindow->setViewerArea(second);
+    QVERIFY(!gone);
+    QCOMPARE(mWindow->viewerArea(), second);
+    mWindow->setViewerArea(nullptr);
+    QCOMPARE(mWindow->viewerArea(), nullptr);
+    QTRY_COMPARE(studyList().height(), mWindow->centralWidget()->height());
+}
+
+void tst_kyworkstation::viewerAreaKeepsItsHeight()
+{
+    auto* area = new QLabel("viewers");
+    mWindow->setViewerArea(area);
+    QTRY_VERIFY(area->isVisible());
+    auto* central = mWindow->findChild<QSplitter*>("centralArea");
+    central->setSizes({150, central->height() - 150 - central->handleWidth()});
+    const int listHeight = studyList().height();
+    QVERIFY(std::abs(listHeight - 150) < 5);
+    stop();
+    start();
+    area = new QLabel("viewers");
+    mWindow->setViewerArea(area);
+    QTRY_VERIFY(area->isVisible());
+    QTRY_VERIFY(std::abs(studyList().height() - listHeight) <= 2);
 }
 
 void tst_kyworkstation::placesAndSettingsAreKeptBetweenStarts()

@@ -1,71 +1,42 @@
 #include "KyMainWindow.h"
 
+#include "KyFileMenu.h"
+#include "KyHelpMenu.h"
+#include "KyLoadingStatus.h"
 #include "KyLogPane.h"
+#include "KyScriptOutputPane.h"
 #include "KyScriptingMenu.h"
 #include "KySettingsDialog.h"
+#include "KyStoredState.h"
+#include "KyStudyFolders.h"
 #include "KyStudyListModel.h"
 #include "KyStudyListView.h"
 #include "KyStudySession.h"
 
-#include <kyscript/KyScriptAbstractEngine.h>
-#include <kyscript/KyScriptInterface.h>
-#include <kyscript/KyScriptProgram.h>
-
 #include <kybase/KyGUISizeManager.h>
 #include <kybase/KyMonitorManager.h>
-#include <ovbase/OvRegistry.h>
-#include <rnlib/RnBuildInfo.h>
 
-#include <QtCore/QFileInfo>
-#include <QtCore/QMimeData>
 #include <QtCore/QSortFilterProxyModel>
-#include <QtCore/QStringDecoder>
 #include <QtGui/QCloseEvent>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QDockWidget>
-#include <QtWidgets/QFileDialog>
 #include <QtWidgets/QHeaderView>
-#include <QtWidgets/QLabel>
 #include <QtWidgets/QMenuBar>
-#include <QtWidgets/QMessageBox>
-#include <QtWidgets/QProgressBar>
+#include <QtWidgets/QSplitter>
+#include <QtWidgets/QStackedWidget>
 #include <QtWidgets/QStatusBar>
-#include <QtWidgets/QTextEdit>
-#include <QtWidgets/QToolButton>
 
 namespace {
 
-constexpr const char* DocksId = "GUI.State.Docks";
-constexpr const char* HeaderId = "GUI.State.StudyList";
+constexpr const char* DocksState = "Docks";
+constexpr const char* CentralState = "CentralArea";
+constexpr const char* HeaderState = "StudyList";
 
-QByteArray storedState(const char* inId)
-{
-    OvRegistry::Value stored;
-    const OvRegistry* registry = OvRegistry::getInstance();
-    if (!registry || !registry->getProperty(QLatin1String(inId), stored))
-        return QByteArray();
-    return QByteArray::fromBase64(stored.value.toLatin1());
-}
+constexpr int PanelHeight = 220;
 
-void storeState(const char* inId, const QByteArray& inState)
+QString withoutMnemonic(QString inText)
 {
-    if (OvRegistry* registry = OvRegistry::getInstance())
-        registry->setProperty(QLatin1String(inId), QString::fromLatin1(inState.toBase64()),
-                              OvRegistry::UserPriority);
-}
-
-/// The folders among dropped things; a file counts as its folder.
-QStringList droppedFolders(const QMimeData& inData)
-{
-    QStringList folders;
-    for (const QUrl& url : inData.urls()) {
-        if (!url.isLocalFile())
-            continue;
-        const QFileInfo info(url.toLocalFile());
-        folders.append(info.isDir() ? info.filePath() : info.path());
-    }
-    folders.removeDuplicates();
-    return folders;
+    return inText.remove(QLatin1Char('&'));
 }
 
 } // namespace
@@ -74,19 +45,23 @@ KyMainWindow::KyMainWindow()
     : mLoader(new KyStudyLoader(this))
     , mStudies(new KyStudyListModel(this))
     , mStudyList(new KyStudyListView(this))
-    , mScriptOutput(new QTextEdit(this))
-    , mSummary(new QLabel(this))
-    , mProgress(new QProgressBar(this))
-    , mCancel(new QToolButton(this))
+    , mCentralArea(new QSplitter(Qt::Vertical, this))
+    , mViewerArea(new QStackedWidget(this))
+    , mStatus(new KyLoadingStatus(*mLoader, *statusBar()))
+    , mViewMenu(new QMenu(tr("&View"), this))
+    , mScriptOutput(new KyScriptOutputPane(this))
 {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(tr("Ky Workstation"));
     setAcceptDrops(true);
-    makeStudyList();
-    makeDocks();
-    makeStatusBar();
+    makeCentralArea();
+    makePanels();
     makeMenus();
-    followLoader();
+    connect(mLoader, &KyStudyLoader::loaded, this,
+            [this](const QString&, KyStudyLoader::Kind kind, const Ovg::StudySourceResult& result) {
+                KyStudySession::add(result.studies, kind == KyStudyLoader::Kind::Additional);
+                showStudies();
+            });
     if (KyMonitorManager* monitors = KyMonitorManager::instance())
         monitors->setMainWindow(this);
     KyGUISizeManager::makeWidgetGeometryPersistent(this, "MainWindow", QSize(1100, 720), QPoint(40, 40));
@@ -100,7 +75,7 @@ KyMainWindow::~KyMainWindow()
         monitors->setMainWindow(nullptr);
 }
 
-void KyMainWindow::makeStudyList()
+void KyMainWindow::makeCentralArea()
 {
     auto* sorted = new QSortFilterProxyModel(this);
     sorted->setSourceModel(mStudies);
@@ -115,151 +90,97 @@ void KyMainWindow::makeStudyList()
     const int widths[] = {26, 18, 14, 14, 34, 14, 8};
     for (int column = 0; column < KyStudyListModel::ColumnCount; ++column)
         mStudyList->setColumnWidth(column, widths[column] * digit);
-    setCentralWidget(mStudyList);
+
+    mViewerArea->setObjectName(QStringLiteral("viewerArea"));
+    mViewerArea->hide();
+    mCentralArea->setObjectName(QStringLiteral("centralArea"));
+    mCentralArea->addWidget(mStudyList);
+    mCentralArea->addWidget(mViewerArea);
+    mCentralArea->setStretchFactor(0, 1);
+    mCentralArea->setStretchFactor(1, 3);
+    mCentralArea->setChildrenCollapsible(false);
+    setCentralWidget(mCentralArea);
 }
 
-void KyMainWindow::makeDocks()
+void KyMainWindow::makePanels()
 {
-    mScriptOutput->setObjectName(QStringLiteral("scriptOutputText"));
-    mScriptOutput->setReadOnly(true);
-    mScriptOutput->setUndoRedoEnabled(false);
-    mScriptOutput->setAccessibleName(tr("Script output"));
-    auto* log = new QDockWidget(tr("Log"), this);
-    log->setObjectName(QStringLiteral("logDock"));
-    log->setWidget(new KyLogPane(log));
-    auto* output = new QDockWidget(tr("Script Output"), this);
-    output->setObjectName(QStringLiteral("scriptOutputDock"));
-    output->setWidget(mScriptOutput);
-    addDockWidget(Qt::BottomDockWidgetArea, log);
-    tabifyDockWidget(log, output);
-    log->raise();
-    resizeDocks({log}, {220}, Qt::Vertical);
+    QDockWidget& log = addPanel({QStringLiteral("logDock"), tr("&Log"), QKeySequence(Qt::CTRL | Qt::Key_L)},
+                                new KyLogPane(this));
+    addPanel({QStringLiteral("scriptOutputDock"), tr("Script &Output"),
+              QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L)},
+             mScriptOutput);
+    connect(mScriptOutput, &KyScriptOutputPane::starting, &KyScriptingMenu::addRecentScript);
+    log.raise();
+    resizeDocks({&log}, {PanelHeight}, Qt::Vertical);
 }
 
-void KyMainWindow::makeStatusBar()
+QDockWidget& KyMainWindow::addPanel(const Panel& inPanel, QWidget* inContent)
 {
-    mSummary->setObjectName(QStringLiteral("summary"));
-    mProgress->setObjectName(QStringLiteral("progress"));
-    mProgress->setAccessibleName(tr("Progress of loading"));
-    mProgress->setMaximumWidth(220);
-    mCancel->setObjectName(QStringLiteral("cancelLoading"));
-    mCancel->setText(tr("Cancel"));
-    mCancel->setToolTip(tr("Stop loading (Esc)"));
-    mCancel->setShortcut(QKeySequence(Qt::Key_Escape));
-    connect(mCancel, &QToolButton::clicked, mLoader, &KyStudyLoader::cancel);
-    statusBar()->addPermanentWidget(mProgress);
-    statusBar()->addPermanentWidget(mCancel);
-    statusBar()->addPermanentWidget(mSummary);
-    mProgress->hide();
-    mCancel->hide();
+    const auto present = findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    auto* dock = new QDockWidget(withoutMnemonic(inPanel.title), this);
+    dock->setObjectName(inPanel.name);
+    dock->setWidget(inContent);
+    if (!restoreDockWidget(dock)) {
+        addDockWidget(Qt::BottomDockWidgetArea, dock);
+        if (!present.isEmpty())
+            tabifyDockWidget(present.last(), dock);
+    }
+
+    QAction* entry = dock->toggleViewAction();
+    entry->setText(inPanel.title);
+    entry->setShortcut(inPanel.keys);
+    mViewMenu->addAction(entry);
+    return *dock;
 }
 
 void KyMainWindow::makeMenus()
 {
-    menuBar()->addMenu(makeFileMenu());
-    makeViewMenu();
+    auto* file = new KyFileMenu(this);
+    connect(file, &KyFileMenu::folderChosen, this, &KyMainWindow::openFolder);
+    connect(file, &KyFileMenu::closeStudiesWanted, this, &KyMainWindow::closeStudies);
+    connect(file, &KyFileMenu::settingsWanted, this, &KyMainWindow::showSettings);
+    connect(file, &KyFileMenu::quitWanted, this, &KyMainWindow::close);
     auto* scripting = new KyScriptingMenu(this);
     connect(scripting, &KyScriptingMenu::scriptChosen, this, &KyMainWindow::runScript);
-    menuBar()->addMenu(scripting);
-    makeHelpMenu();
+
+    mViewMenu->setObjectName(QStringLiteral("viewMenu"));
+    for (QMenu* menu : {static_cast<QMenu*>(file), mViewMenu, static_cast<QMenu*>(scripting),
+                        static_cast<QMenu*>(new KyHelpMenu(this))})
+        menuBar()->addMenu(menu);
 }
 
-QMenu* KyMainWindow::makeFileMenu()
+void KyMainWindow::setViewerArea(QWidget* inArea)
 {
-    auto* menu = new QMenu(tr("&File"), this);
-    const auto add = [&](const QString& text, const QKeySequence& keys, const QString& tip, auto action) {
-        QAction* added = menu->addAction(text, this, action);
-        added->setShortcut(keys);
-        added->setStatusTip(tip);
-        return added;
-    };
-    add(tr("&Open Folder…"), QKeySequence::Open, tr("Open the studies below a folder"),
-        [this] { chooseFolder(KyStudyLoader::Kind::Primary); });
-    add(tr("Open &Additional Folder…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O),
-        tr("Open the studies below a folder beside the primary ones, such as priors"),
-        [this] { chooseFolder(KyStudyLoader::Kind::Additional); });
-    add(tr("&Close All Studies"), QKeySequence(Qt::CTRL | Qt::Key_W), tr("Empty the study list"),
-        [this] { closeStudies(); });
-    menu->addSeparator();
-    add(tr("&Settings…"), QKeySequence(Qt::CTRL | Qt::Key_Comma),
-        tr("Change the settings of the application"), [this] { showSettings(); })
-        ->setMenuRole(QAction::PreferencesRole);
-    menu->addSeparator();
-    add(tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), tr("End the program"), [this] {
-        close();
-    })->setMenuRole(QAction::QuitRole);
-    return menu;
+    delete viewerArea();
+    if (inArea)
+        mViewerArea->addWidget(inArea);
+    mViewerArea->setVisible(inArea);
+    if (inArea)
+        mCentralArea->restoreState(KyStoredState::read(CentralState));
 }
 
-void KyMainWindow::makeViewMenu()
+QWidget* KyMainWindow::viewerArea() const
 {
-    QMenu* menu = menuBar()->addMenu(tr("&View"));
-    QAction* log = findChild<QDockWidget*>(QStringLiteral("logDock"))->toggleViewAction();
-    log->setText(tr("&Log"));
-    log->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
-    QAction* output = findChild<QDockWidget*>(QStringLiteral("scriptOutputDock"))->toggleViewAction();
-    output->setText(tr("Script &Output"));
-    output->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L));
-    menu->addActions({log, output});
-}
-
-void KyMainWindow::makeHelpMenu()
-{
-    QMenu* menu = menuBar()->addMenu(tr("&Help"));
-    QAction* about = menu->addAction(tr("&About Ky Workstation"), this, &KyMainWindow::about);
-    about->setShortcut(QKeySequence(Qt::SHIFT | Qt::Key_F1));
-    about->setMenuRole(QAction::AboutRole);
-}
-
-void KyMainWindow::followLoader()
-{
-    connect(mLoader, &KyStudyLoader::started, this, [this](const QString& folder) {
-        statusBar()->showMessage(tr("Reading %1").arg(folder));
-        showProgress(0, 0);
-    });
-    connect(mLoader, &KyStudyLoader::progressed, this, &KyMainWindow::showProgress);
-    connect(mLoader, &KyStudyLoader::loaded, this, &KyMainWindow::addStudies);
-    connect(mLoader, &KyStudyLoader::finished, this, &KyMainWindow::loadingFinished);
+    return mViewerArea->currentWidget();
 }
 
 void KyMainWindow::restoreLayout()
 {
-    restoreState(storedState(DocksId));
-    mStudyList->header()->restoreState(storedState(HeaderId));
+    restoreState(KyStoredState::read(DocksState));
+    mStudyList->header()->restoreState(KyStoredState::read(HeaderState));
 }
 
 void KyMainWindow::storeLayout()
 {
-    storeState(DocksId, saveState());
-    storeState(HeaderId, mStudyList->header()->saveState());
+    KyStoredState::write(DocksState, saveState());
+    KyStoredState::write(HeaderState, mStudyList->header()->saveState());
+    if (viewerArea())
+        KyStoredState::write(CentralState, mCentralArea->saveState());
 }
 
-void KyMainWindow::openFolder(const QString& inFolder, KyStudyLoader::Kind inKind)
+void KyMainWindow::openFolder(const QString& inPath, KyStudyLoader::Kind inKind)
 {
-    mLoader->load(inFolder, inKind);
-}
-
-void KyMainWindow::chooseFolder(KyStudyLoader::Kind inKind)
-{
-    const QString folder = QFileDialog::getExistingDirectory(this, tr("Open Folder"));
-    if (!folder.isEmpty())
-        openFolder(folder, inKind);
-}
-
-void KyMainWindow::addStudies(const QString& inFolder, KyStudyLoader::Kind inKind,
-                              const Ovg::StudySourceResult& inResult)
-{
-    if (!inResult.errors.isEmpty())
-        mLastResult = inResult.errors.first();
-    else if (inResult.studies.empty())
-        mLastResult = tr("There is no DICOM study below %1").arg(inFolder);
-    else
-        mLastResult = tr("Opened %1 (images: %2)").arg(inFolder).arg(inResult.instances);
-    const int skipped = inResult.notDicom + inResult.damaged + inResult.noStudy;
-    if (skipped > 0)
-        mLastResult += tr(" – files skipped: %1, see the log").arg(skipped);
-    KyStudySession::add(inResult.studies, inKind == KyStudyLoader::Kind::Additional);
-    showStudies();
+    mLoader->load(KyStudyFolders::of(inPath), inKind);
 }
 
 void KyMainWindow::closeStudies()
@@ -267,61 +188,21 @@ void KyMainWindow::closeStudies()
     mLoader->cancel();
     KyStudySession::clear();
     showStudies();
-    statusBar()->clearMessage();
+    mStatus->clearResult();
 }
 
 void KyMainWindow::showStudies()
 {
     mStudies->setStudies(KyStudySession::primary(), KyStudySession::additional());
-    const QLocale locale;
-    mSummary->setText(
-        tr("Studies: %1   Images: %2")
-            .arg(locale.toString(mStudies->rowCount()), locale.toString(mStudies->imageCount())));
-}
-
-void KyMainWindow::showProgress(int inDone, int inTotal)
-{
-    mProgress->setRange(0, inTotal);
-    mProgress->setValue(inDone);
-    mProgress->show();
-    mCancel->show();
-}
-
-void KyMainWindow::loadingFinished(bool inCancelled)
-{
-    mProgress->hide();
-    mCancel->hide();
-    statusBar()->showMessage(inCancelled ? tr("Loading was cancelled") : mLastResult);
+    mStatus->showTotals(mStudies->rowCount(), mStudies->imageCount());
 }
 
 void KyMainWindow::runScript(const QString& inFile)
 {
-    QFile file(inFile);
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString source = file.open(QIODevice::ReadOnly) ? decoder(file.readAll()) : QString();
-    if (file.error() != QFileDevice::NoError || decoder.hasError()) {
-        statusBar()->showMessage(
-            tr("Cannot read the script %1: %2")
-                .arg(inFile, decoder.hasError() ? tr("it is not UTF-8") : file.errorString()));
-        return;
-    }
-    KyScriptingMenu::addRecentScript(inFile);
     auto* dock = findChild<QDockWidget*>(QStringLiteral("scriptOutputDock"));
     dock->show();
     dock->raise();
-
-    KyScriptInterface& engine = KyScriptInterface::getInstance(QString());
-    if (engine.globalObject().property(QStringLiteral("print")).isUndefined())
-        engine.redirectPrintOutput(mScriptOutput);
-    mScriptOutput->append(tr("Running %1").arg(inFile.toHtmlEscaped()));
-    const QJSValue value = KyScriptAbstractInterface::getInstance(QString()).runScript(
-        KyScriptProgram(source, inFile, 1), false, false, true);
-    if (value.isError())
-        mScriptOutput->append(engine.errorMessage(value, QString(), nullptr)
-                                  .toHtmlEscaped()
-                                  .replace(QLatin1Char('\n'), QStringLiteral("<br>")));
-    else if (!value.isUndefined())
-        mScriptOutput->append(value.toString());
+    mScriptOutput->run(inFile);
 }
 
 void KyMainWindow::showSettings()
@@ -331,18 +212,6 @@ void KyMainWindow::showSettings()
     mSettings->show();
     mSettings->raise();
     mSettings->activateWindow();
-}
-
-void KyMainWindow::about()
-{
-    auto* box = new QMessageBox(this);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setWindowTitle(tr("About Ky Workstation"));
-    box->setIconPixmap(windowIcon().pixmap(64));
-    box->setText(tr("<b>Ky Workstation</b> %1").arg(QString::fromStdString(RnBuildInfo::getBuildString(1))));
-    box->setInformativeText(
-        tr("A workstation for DICOM studies that scripts can extend. Not for diagnosis."));
-    box->open();
 }
 
 void KyMainWindow::closeEvent(QCloseEvent* inEvent)
@@ -361,13 +230,13 @@ void KyMainWindow::closeEvent(QCloseEvent* inEvent)
 
 void KyMainWindow::dragEnterEvent(QDragEnterEvent* inEvent)
 {
-    if (!droppedFolders(*inEvent->mimeData()).isEmpty())
+    if (!KyStudyFolders::dropped(*inEvent->mimeData()).isEmpty())
         inEvent->acceptProposedAction();
 }
 
 void KyMainWindow::dropEvent(QDropEvent* inEvent)
 {
     inEvent->acceptProposedAction();
-    for (const QString& folder : droppedFolders(*inEvent->mimeData()))
+    for (const QString& folder : KyStudyFolders::dropped(*inEvent->mimeData()))
         openFolder(folder);
 }

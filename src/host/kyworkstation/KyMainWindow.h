@@ -2,21 +2,22 @@
 
 #include "KyStudyLoader.h"
 
-#include <kybase/KyLoadHelper.h>
-
+#include <QtGui/QKeySequence>
 #include <QtWidgets/QMainWindow>
 
-class KyScriptingMenu;
+class KyLoadingStatus;
+class KyScriptOutputPane;
 class KySettingsDialog;
 class KyStudyListModel;
 class KyStudyListView;
-class QLabel;
-class QProgressBar;
-class QTextEdit;
-class QToolButton;
+class QDockWidget;
+class QSplitter;
+class QStackedWidget;
 
-/// The window of the workstation: the study list, the log, what scripts print, and the menus.
+/// The window of the workstation: the study list with a place for viewers below it, panels around them, and
+/// the menus.
 ///
+/// Each menu and each panel is a class of its own that knows nothing of the window; the window connects them.
 /// Made behind the host's platform and ended before it. While it lives it is the main window of the monitor
 /// manager. Closing it closes the consoles and ends the program.
 class KyMainWindow : public QMainWindow
@@ -27,15 +28,34 @@ public:
     KyMainWindow();
     ~KyMainWindow() override;
 
+    /// A panel: where it stands is kept under its name.
+    struct Panel
+    {
+        QString name;
+        QString title; ///< With the mnemonic of its menu entry.
+        QKeySequence keys;
+    };
+
+    /// Adds a panel below the central area, as a tab of those that are there, or where the user has put the
+    /// one of this name; the View menu gets an entry that shows and hides it. The window owns \a inContent.
+    QDockWidget& addPanel(const Panel& inPanel, QWidget* inContent);
+
+    /// Puts \a inArea, which the window owns, below the study list, in place of the one before, which is
+    /// deleted. Null leaves all the room to the study list, as at first.
+    void setViewerArea(QWidget* inArea);
+    /// Null when there is none.
+    QWidget* viewerArea() const;
+
 public Q_SLOTS:
-    /// Adds the studies below a folder to the session's primary or additional ones, in the background.
-    void openFolder(const QString& inFolder, KyStudyLoader::Kind inKind = KyStudyLoader::Kind::Primary);
+    /// Adds the studies below a folder to the session's primary or additional ones, in the background. For a
+    /// file that is its folder.
+    void openFolder(const QString& inPath, KyStudyLoader::Kind inKind = KyStudyLoader::Kind::Primary);
 
     /// Ends the studies of the session.
     void closeStudies();
 
-    /// Runs the script on the default engine. Its errors, its value, and what it prints while no console has
-    /// been opened, stand in the pane of script output.
+    /// Runs the script on the default engine and shows the pane of script output, where its errors, its value
+    /// and what it prints stand.
     void runScript(const QString& inFile);
 
 protected:
@@ -44,33 +64,22 @@ protected:
     void dropEvent(QDropEvent* inEvent) override;
 
 private:
-    void makeStudyList();
-    void makeDocks();
-    void makeStatusBar();
+    void makeCentralArea();
+    void makePanels();
     void makeMenus();
-    QMenu* makeFileMenu();
-    void makeViewMenu();
-    void makeHelpMenu();
-    void followLoader();
     void restoreLayout();
     void storeLayout();
 
-    void chooseFolder(KyStudyLoader::Kind inKind);
-    void addStudies(const QString& inFolder, KyStudyLoader::Kind inKind,
-                    const Ovg::StudySourceResult& inResult);
     void showStudies();
-    void showProgress(int inDone, int inTotal);
-    void loadingFinished(bool inCancelled);
     void showSettings();
-    void about();
 
     KyStudyLoader* const mLoader;
     KyStudyListModel* const mStudies;
     KyStudyListView* const mStudyList;
-    QTextEdit* const mScriptOutput;
-    QLabel* const mSummary;
-    QProgressBar* const mProgress;
-    QToolButton* const mCancel;
+    QSplitter* const mCentralArea;
+    QStackedWidget* const mViewerArea; ///< Hidden while it is empty.
+    KyLoadingStatus* const mStatus;
+    QMenu* const mViewMenu;
+    KyScriptOutputPane* const mScriptOutput;
     KySettingsDialog* mSettings = nullptr;
-    QString mLastResult; ///< What the last folder gave, for the status bar.
 };
