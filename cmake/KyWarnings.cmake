@@ -15,6 +15,12 @@ if(KY_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${KY_CCACHE})
 endif()
 
+# Some eighty test programs link the same objects: mold takes a tenth of the time of the usual linker.
+find_program(KY_MOLD mold)
+if(KY_MOLD AND KY_BUILD_TESTS)
+  add_link_options(-fuse-ld=mold)
+endif()
+
 # For what ships, not for tests: every text says in which encoding it is read.
 add_library(ky_code_flags INTERFACE)
 target_link_libraries(ky_code_flags INTERFACE ky_build_flags)
