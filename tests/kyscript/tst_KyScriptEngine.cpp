@@ -162,8 +162,8 @@ void tst_KyScriptEngine::emptyMaskInstallsOnlyTheFourFunctions()
 void tst_KyScriptEngine::fullMaskInstallsEveryName()
 {
     Engine engine(-1);
-    QCOMPARE(globalNames(engine),
-             QStringList({"Global", "Message", "StudyList", "btoa", "collectGarbage", "guiDate", "guiTime"}));
+    QCOMPARE(globalNames(engine), QStringList({"Global", "Message", "StudyList", "System", "btoa",
+                                               "collectGarbage", "guiDate", "guiTime"}));
 }
 
 void tst_KyScriptEngine::eachOptionInstallsItsName_data()
@@ -173,6 +173,7 @@ void tst_KyScriptEngine::eachOptionInstallsItsName_data()
     QTest::newRow("Global") << 0x1 << "Global";
     QTest::newRow("Message") << 0x2 << "Message";
     QTest::newRow("StudyList") << 0x10 << "StudyList";
+    QTest::newRow("System") << 0x20 << "System";
 }
 
 void tst_KyScriptEngine::eachOptionInstallsItsName()

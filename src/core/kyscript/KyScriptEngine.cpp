@@ -12,6 +12,7 @@
 #include "KyScriptProgram.h"
 #include "KyScriptRunLog.h"
 #include "KyScriptStudy.h"
+#include "KyScriptSystem.h"
 
 #include <kybase/KyTool.h>
 #include <ovbase/OvDateFormatter.h>
@@ -89,6 +90,8 @@ void KyScriptEngine::installGlobals()
         mStudyList = addInstance<KyScriptStudyList>("StudyList");
     if (mOptions & ScriptMessage)
         mMessage = addInstance<KyScriptMessage>("Message");
+    if (mOptions & ScriptSystem)
+        mSystem = addInstance<KyScriptSystem>("System");
 
     if (mOptions & ScriptGlobal)
         mGlobalObject.setProperty(QStringLiteral("Global"), newObject());

@@ -15,6 +15,7 @@ class KyScriptGlobalLink;
 class KyScriptMessage;
 class KyScriptProgram;
 class KyScriptStudyList;
+class KyScriptSystem;
 class MyPrintHelper;
 class QTextEdit;
 
@@ -112,6 +113,7 @@ private:
     QObject* mOrvane = nullptr;
     KyScriptStudyList* mStudyList = nullptr;
     KyScriptMessage* mMessage = nullptr;
+    KyScriptSystem* mSystem = nullptr;
     QList<QPointer<QObject>> mObjectsToDestroy;
     int mOptions = 0;
     QPointer<MyPrintHelper> mPrintHelper;
