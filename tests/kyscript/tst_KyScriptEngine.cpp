@@ -162,7 +162,7 @@ void tst_KyScriptEngine::emptyMaskInstallsOnlyTheFourFunctions()
 void tst_KyScriptEngine::fullMaskInstallsEveryName()
 {
     Engine engine(-1);
-    QCOMPARE(globalNames(engine), QStringList({"Global", "Message", "StudyList", "System", "btoa",
+    QCOMPARE(globalNames(engine), QStringList({"Global", "Message", "Orvane", "StudyList", "System", "btoa",
                                                "collectGarbage", "guiDate", "guiTime"}));
 }
 
@@ -172,6 +172,7 @@ void tst_KyScriptEngine::eachOptionInstallsItsName_data()
     QTest::addColumn<QString>("name");
     QTest::newRow("Global") << 0x1 << "Global";
     QTest::newRow("Message") << 0x2 << "Message";
+    QTest::newRow("Orvane") << 0x8 << "Orvane";
     QTest::newRow("StudyList") << 0x10 << "StudyList";
     QTest::newRow("System") << 0x20 << "System";
 }

@@ -8,6 +8,7 @@
 #include "KyScriptLog.h"
 #include "KyScriptMessage.h"
 #include "KyScriptNestedEvaluation.h"
+#include "KyScriptOrvane.h"
 #include "KyScriptPrintBuffer.h"
 #include "KyScriptProgram.h"
 #include "KyScriptRunLog.h"
@@ -86,6 +87,10 @@ T* KyScriptEngine::addInstance(const char* inName)
 /// The one place that says what an engine holds. The order of the lines is the order of construction.
 void KyScriptEngine::installGlobals()
 {
+    if (mOptions & ScriptOrvane) {
+        mOrvane = addInstance<KyScriptOrvane>("Orvane");
+        forwardExtAcc();
+    }
     if (mOptions & ScriptStudyList)
         mStudyList = addInstance<KyScriptStudyList>("StudyList");
     if (mOptions & ScriptMessage)
@@ -95,6 +100,15 @@ void KyScriptEngine::installGlobals()
 
     if (mOptions & ScriptGlobal)
         mGlobalObject.setProperty(QStringLiteral("Global"), newObject());
+}
+
+/// Once there is a named engine, all engines tell the default one of changes; until then each tells itself.
+void KyScriptEngine::forwardExtAcc()
+{
+    KyScriptEngine* receiver = this;
+    if (KyScriptInterface::hasInstances())
+        receiver = &KyScriptInterface::getInstance(QString());
+    connect(mOrvane, &KyScriptOrvane::extAccChanged, receiver, &KyScriptEngine::extAccChanged);
 }
 
 /// External objects are the one thing of which an empty mask means all.
@@ -261,13 +275,13 @@ void KyScriptEngine::registerForDestruction(QObject* inObject)
 
 QStringList KyScriptEngine::extAcc() const
 {
-    return mOrvane ? mOrvane->property("extAcc").toStringList() : QStringList();
+    return mOrvane ? mOrvane->extAcc() : QStringList();
 }
 
 void KyScriptEngine::setExtAcc(const QStringList& inExtAcc)
 {
     if (mOrvane)
-        mOrvane->setProperty("extAcc", inExtAcc);
+        mOrvane->setExtAcc(inExtAcc);
 }
 
 void KyScriptEngine::cleanup()

@@ -13,6 +13,7 @@
 class GlobalScope;
 class KyScriptGlobalLink;
 class KyScriptMessage;
+class KyScriptOrvane;
 class KyScriptProgram;
 class KyScriptStudyList;
 class KyScriptSystem;
@@ -104,13 +105,14 @@ private:
     template <class T>
     T* addInstance(const char* inName);
     void installGlobals();
+    void forwardExtAcc();
     bool wants(int inExternalOption) const;
 
     void addExternals();
     void clearAfterRun();
     QJSValue evaluateGuarded(const QString& inText, const QString& inFileName, int inLine);
 
-    QObject* mOrvane = nullptr;
+    KyScriptOrvane* mOrvane = nullptr;
     KyScriptStudyList* mStudyList = nullptr;
     KyScriptMessage* mMessage = nullptr;
     KyScriptSystem* mSystem = nullptr;
