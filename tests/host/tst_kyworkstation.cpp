@@ -8,11 +8,14 @@
 #include <kyworkstation/KyLogModel.h>
 #include <kyworkstation/KyLogPane.h>
 #include <kyworkstation/KyMainWindow.h>
+#include <kyworkstation/KyScriptOutputPane.h>
 #include <kyworkstation/KyScriptingMenu.h>
+#include <kyworkstation/KyStudyFolders.h>
 #include <kyworkstation/KyStudyListModel.h>
 #include <kyworkstation/KyStudySession.h>
 #include <kyworkstation/KyWorkstationOptions.h>
 
+#include <ovbase/OvEnum.h>
 #include <ovbase/OvPropertyPool.h>
 #include <ovbase/OvTranslationProperty.h>
 #include <rnlib/RnLogFile.h>
@@ -22,6 +25,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QDirIterator>
 #include <QDockWidget>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -39,6 +43,7 @@
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTemporaryDir>
+#include <QTextBlock>
 #include <QTextEdit>
 #include <QToolButton>
 #include <QTreeView>
@@ -60,10 +65,15 @@ private slots:
     void folderIsOpenedByTheMenu();
     void additionalFolderIsOpenedByTheMenu();
     void folderIsOpenedByDrop();
+    void fileStandsForItsFolder();
+    void droppedFileStandsForItsFolder();
     void dropOfOtherThingsIsRefused();
     void windowRespondsWhileStudiesAreRead();
     void foldersAreReadOneAfterTheOther();
+    void progressGoesUpToTheNumberOfFiles();
     void loadingIsCancelledByItsButton();
+    void loadingIsCancelledInItsMidst_data();
+    void loadingIsCancelledInItsMidst();
     void windowCanEndWhileStudiesAreRead();
     void failedFolderIsToldAlsoBehindOthers();
     void studyThatIsOpenedAgainStandsOnce();
@@ -82,6 +92,10 @@ private slots:
     void cancelledNewConsoleChangesNothing();
 
     void scriptRunsAndPrints();
+    void scriptPrintsHereAlsoWhenAConsoleWasOpened();
+    void scriptOutputKeepsTheNewestLines();
+    void scriptOutputKeepsTheNewestCharacters();
+    void scriptOutputIsCleared();
     void failingScriptIsTold();
     void unreadableScriptIsTold_data();
     void unreadableScriptIsTold();
@@ -98,6 +112,8 @@ private slots:
     void settingsShowEveryPropertyUnderItsLabels();
     void settingIsChangedByItsCheckBox();
     void settingIsChangedByItsSpinBox();
+    void settingIsChosenFromTheValuesOfItsEnumeration();
+    void wheelChangesOnlyTheSettingInUse();
     void settingIsResetToItsDefault();
     void unreadableSettingIsTakenBack();
     void settingsFollowChangesFromElsewhere();
@@ -110,6 +126,9 @@ private slots:
 
     void placesAndSettingsAreKeptBetweenStarts();
     void closingTheWindowClosesTheConsoles();
+    void menusOpenByTheMouse();
+    void menusOpenByTheirKeys();
+    void consoleOpensByItsKey();
     void everyActionHasAKey();
     void everyFieldHasAnAccessibleName();
 
@@ -137,6 +156,8 @@ private:
     QTreeView& logView() { return *mWindow->findChild<QTreeView*>("logView"); }
     QTreeWidget& settings();
     QTreeWidgetItem* setting(const QString& inLabel);
+    /// A folder that takes a while to read, made if need be.
+    QString manyFiles();
     QString write(const QString& inName, const QByteArray& inText);
 
     QTemporaryDir mFolder;
@@ -150,6 +171,7 @@ namespace {
 
 constexpr int sSampleStudies = 3;
 constexpr int sSampleImages = 80;
+constexpr int sManyFiles = 2000;
 
 QWidget* windowTitled(const QString& inTitle)
 {
@@ -177,6 +199,34 @@ ModalAnswer::Answer choosing(const QString& inPath)
         QMetaObject::invokeMethod(dialog, "accept");
     };
 }
+
+/// An enumeration as modules register theirs.
+class Speed final : public OvEnum
+{
+public:
+    Speed()
+        : OvEnum("Speed")
+    {}
+};
+
+class SpeedValue final : public OvEnumValue
+{
+public:
+    SpeedValue(int inNumber, const char* inKey, const QString& inLabel)
+        : mNumber(inNumber)
+        , mKey(inKey)
+        , mLabel(inLabel)
+    {}
+    int value() const override { return mNumber; }
+    const char* key() const override { return mKey; }
+    QString label() const override { return mLabel; }
+    std::unique_ptr<OvEnumValue> clone() const override { return std::make_unique<SpeedValue>(*this); }
+
+private:
+    const int mNumber;
+    const char* const mKey;
+    const QString mLabel;
+};
 
 struct Finished
 {
@@ -242,6 +292,15 @@ QString tst_kyworkstation::write(const QString& inName, const QByteArray& inText
     if (!file.open(QIODevice::WriteOnly) || file.write(inText) != inText.size())
         qFatal("cannot write %s", qPrintable(inName));
     return file.fileName();
+}
+
+QString tst_kyworkstation::manyFiles()
+{
+    const QString folder = mFolder.filePath("many");
+    if (!QFileInfo::exists(folder) &&
+        QProcess::execute(KYSAMPLE, {"--instances", QString::number(sManyFiles), folder}) != 0)
+        qFatal("cannot write %s", qPrintable(folder));
+    return folder;
 }
 
 QString tst_kyworkstation::cell(int inRow, int inColumn)
@@ -337,6 +396,28 @@ void tst_kyworkstation::folderIsOpenedByDrop()
     waitForStudies(sSampleStudies);
 }
 
+void tst_kyworkstation::fileStandsForItsFolder()
+{
+    QDirIterator files(mSample, QDir::Files, QDirIterator::Subdirectories);
+    const QString file = files.next();
+    QCOMPARE(KyStudyFolders::of(file), QFileInfo(file).path());
+    QCOMPARE(KyStudyFolders::of(mSample), mSample);
+    QCOMPARE(KyStudyFolders::of(mFolder.filePath("missing")), mFolder.filePath("missing"));
+    mWindow->openFolder(file);
+    QTRY_VERIFY_WITH_TIMEOUT(!mWindow->findChild<QProgressBar*>("progress")->isVisible(), 20'000);
+    QCOMPARE(studyList().model()->rowCount(), 1);
+    QVERIFY2(message().startsWith("Opened " + QFileInfo(file).path()), qPrintable(message()));
+}
+
+void tst_kyworkstation::droppedFileStandsForItsFolder()
+{
+    QMimeData data;
+    const QString one = write("one.dcm", "x");
+    data.setUrls({QUrl::fromLocalFile(one), QUrl("https://example.org/"),
+                  QUrl::fromLocalFile(write("two.dcm", "x")), QUrl::fromLocalFile(mSample)});
+    QCOMPARE(KyStudyFolders::dropped(data), QStringList({mFolder.path(), mSample}));
+}
+
 void tst_kyworkstation::dropOfOtherThingsIsRefused()
 {
     QMimeData data;
@@ -384,6 +465,67 @@ void tst_kyworkstation::loadingIsCancelledByItsButton()
 
     mWindow->openFolder(mSample);
     waitForStudies(sSampleStudies);
+}
+
+void tst_kyworkstation::progressGoesUpToTheNumberOfFiles()
+{
+    auto* progress = mWindow->findChild<QProgressBar*>("progress");
+    QList<int> values;
+    int maximum = -1;
+    connect(progress, &QProgressBar::valueChanged, this, [&](int value) {
+        values.append(value);
+        maximum = progress->maximum();
+        QVERIFY(progress->isVisible());
+        QCOMPARE(progress->minimum(), 0);
+    });
+    mWindow->openFolder(manyFiles());
+    // It does not know yet.
+    QVERIFY(progress->isVisible());
+    QCOMPARE(progress->maximum(), 0);
+    QTRY_VERIFY_WITH_TIMEOUT(!progress->isVisible(), 60'000);
+    QVERIFY2(values.size() > 2, qPrintable(QString::number(values.size())));
+    QVERIFY(std::is_sorted(values.begin(), values.end()));
+    QCOMPARE(maximum, sManyFiles);
+    QCOMPARE(values.last(), sManyFiles);
+    QVERIFY(message().startsWith("Opened "));
+}
+
+void tst_kyworkstation::loadingIsCancelledInItsMidst_data()
+{
+    QTest::addColumn<bool>("byKey");
+    QTest::newRow("button") << false;
+    QTest::newRow("Esc") << true;
+}
+
+void tst_kyworkstation::loadingIsCancelledInItsMidst()
+{
+    QFETCH(bool, byKey);
+    mWindow->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(mWindow.get()));
+    auto* progress = mWindow->findChild<QProgressBar*>("progress");
+    auto* cancel = mWindow->findChild<QToolButton*>("cancelLoading");
+    int cancelledAt = 0;
+    connect(progress, &QProgressBar::valueChanged, cancel, [&](int value) {
+        if (value <= 0 || cancelledAt > 0)
+            return;
+        cancelledAt = value;
+        if (byKey)
+            QTest::keyClick(mWindow.get(), Qt::Key_Escape);
+        else
+            QTest::mouseClick(cancel, Qt::LeftButton);
+    });
+    mWindow->openFolder(manyFiles());
+    QTRY_VERIFY_WITH_TIMEOUT(!cancel->isVisible(), 60'000);
+    QVERIFY2(cancelledAt > 0 && cancelledAt < sManyFiles, qPrintable(QString::number(cancelledAt)));
+    QCOMPARE(message(), QStringLiteral("Loading was cancelled"));
+    QCOMPARE(studyList().model()->rowCount(), 0);
+    QVERIFY(KyStudySession::primary().empty());
+
+    // The list and the bar are ready for the next folder.
+    progress->disconnect(cancel);
+    mWindow->openFolder(mSample);
+    waitForStudies(sSampleStudies);
+    QTRY_VERIFY(!progress->isVisible());
 }
 
 void tst_kyworkstation::windowCanEndWhileStudiesAreRead()
@@ -486,10 +628,34 @@ void tst_kyworkstation::studiesAreSortedByTheirValues()
 
 void tst_kyworkstation::emptyListSaysHowToFillIt()
 {
-    const QImage empty = studyList().viewport()->grab().toImage();
-    QImage blank(empty.size(), empty.format());
-    blank.fill(studyList().palette().color(QPalette::Base));
-    QVERIFY(empty != blank);
+    // Text in its middle, on the background of the list.
+    const QRgb base = studyList().palette().color(QPalette::Base).rgb();
+    const auto inkRows = [&] {
+        const QImage image = studyList().viewport()->grab().toImage();
+        QList<int> rows;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                if (image.pixel(x, y) != base && (rows.isEmpty() || rows.last() != y))
+                    rows.append(y);
+            }
+        }
+        return rows;
+    };
+    const QList<int> rows = inkRows();
+    const int middle = studyList().viewport()->height() / 2;
+    const int line = studyList().fontMetrics().lineSpacing();
+    QVERIFY(!rows.isEmpty());
+    QVERIFY2(rows.first() > middle - 2 * line && rows.first() < middle, "two lines around the middle");
+    QVERIFY2(rows.last() < middle + 2 * line && rows.last() > middle, "two lines around the middle");
+
+    // It gives way to the studies, and comes back.
+    mWindow->openFolder(mSample);
+    waitForStudies(sSampleStudies);
+    const int rowsHeight = studyList().visualRect(studyList().model()->index(sSampleStudies - 1, 0)).bottom();
+    QVERIFY(rowsHeight < middle - 2 * line);
+    QVERIFY(inkRows().last() <= rowsHeight);
+    action("Close All Studies").trigger();
+    QCOMPARE(inkRows(), rows);
 }
 
 void tst_kyworkstation::consoleOpensByItsMenuAndEvaluates()
@@ -556,12 +722,67 @@ void tst_kyworkstation::scriptRunsAndPrints()
 {
     mWindow->openFolder(mSample);
     waitForStudies(sSampleStudies);
-    KyScriptInterface::getInstance(QString()).globalObject().deleteProperty("print");
     mWindow->runScript(
         write("count.js", "print('studies', StudyList.get('PRIMARY_STUDIES').length)\n'value'"));
     auto* output = mWindow->findChild<QTextEdit*>("scriptOutputText");
     QVERIFY2(output->toPlainText().endsWith("count.js\nstudies 3\nvalue"), qPrintable(output->toPlainText()));
     QVERIFY(output->isVisible());
+}
+
+void tst_kyworkstation::scriptPrintsHereAlsoWhenAConsoleWasOpened()
+{
+    QWidget& window = console(QString());
+    evaluate(window, "'shown'");
+    window.close();
+    const QString file = write("late.js", "function late() { print('late') } print('now')");
+    mWindow->runScript(file);
+    QVERIFY2(scriptOutput().endsWith("late.js\nnow"), qPrintable(scriptOutput()));
+    auto* output = window.findChild<QTextEdit*>("w_OutputText");
+    QCOMPARE(output->toPlainText(), QStringLiteral("shown"));
+
+    // The console prints into its own pane as before, and so does what the script has left behind.
+    QCOMPARE(evaluate(console(QString()), "print('here'); 1"), QStringLiteral("here\n1"));
+    QCOMPARE(evaluate(console(QString()), "late()"), QStringLiteral("late\nundefined"));
+    mWindow->runScript(file);
+    QVERIFY2(scriptOutput().endsWith("now"), qPrintable(scriptOutput()));
+    QVERIFY(!scriptOutput().contains("late\n"));
+}
+
+void tst_kyworkstation::scriptOutputKeepsTheNewestLines()
+{
+    const QByteArray lines = QByteArray::number(KyScriptOutputPane::MaxLines * 8 / 5);
+    mWindow->runScript(write("many.js", "for (var i = 1; i <= " + lines + "; ++i) print('line', i)"));
+    const auto* document = mWindow->findChild<QTextEdit*>("scriptOutputText")->document();
+    QVERIFY(document->blockCount() >= KyScriptOutputPane::MaxLines);
+    QVERIFY2(document->blockCount() <= KyScriptOutputPane::MaxLines * 3 / 2,
+             qPrintable(QString::number(document->blockCount())));
+    QCOMPARE(document->lastBlock().text(), QString("line " + lines));
+    const QStringList shown = scriptOutput().split('\n');
+    for (qsizetype i = 1; i < shown.size(); ++i) {
+        if (shown.at(i).section(' ', 1).toInt() != shown.at(i - 1).section(' ', 1).toInt() + 1)
+            QFAIL(qPrintable(shown.at(i - 1) + " is followed by " + shown.at(i)));
+    }
+}
+
+void tst_kyworkstation::scriptOutputKeepsTheNewestCharacters()
+{
+    mWindow->runScript(write("long.js", "var long = new Array(50001).join(' x');"
+                                        "for (var i = 0; i < 70; ++i) print(i + long)"));
+    const auto* document = mWindow->findChild<QTextEdit*>("scriptOutputText")->document();
+    QVERIFY(document->characterCount() >= KyScriptOutputPane::MaxCharacters);
+    QVERIFY(document->characterCount() <= KyScriptOutputPane::MaxCharacters * 3 / 2);
+    QVERIFY(document->lastBlock().text().startsWith("69 x"));
+    QCOMPARE(document->firstBlock().text().count('x'), 50'000);
+}
+
+void tst_kyworkstation::scriptOutputIsCleared()
+{
+    mWindow->runScript(write("some.js", "print('some')"));
+    QVERIFY(!scriptOutput().isEmpty());
+    QTest::mouseClick(mWindow->findChild<QPushButton*>("clearScriptOutput"), Qt::LeftButton);
+    QCOMPARE(scriptOutput(), QString());
+    mWindow->runScript(write("some.js", "print('more')"));
+    QVERIFY(scriptOutput().endsWith("some.js\nmore"));
 }
 
 void tst_kyworkstation::failingScriptIsTold()
@@ -758,6 +979,52 @@ void tst_kyworkstation::settingIsChangedByItsSpinBox()
     QCOMPARE(OvPropertyPool::instance()->value<int>("Scripting.LogNumLines", -9), -1);
 }
 
+void tst_kyworkstation::settingIsChosenFromTheValuesOfItsEnumeration()
+{
+    OvEnum::prepareRegistration("Speed");
+    OvEnum::registerValue("Speed", std::make_unique<SpeedValue>(1, "Slow", "Quite slow"));
+    OvEnum::registerValue("Speed", std::make_unique<SpeedValue>(7, "Fast", QString()));
+    OvEnum::registerEnum("Speed");
+    OvPropertyPool& pool = *OvPropertyPool::instance();
+    const auto* property = pool.property<Speed>("Test.Speed", Speed(), pool.defaultSerializer());
+    QWidget* editor = settings().itemWidget(setting("Speed"), 1);
+    auto* box = editor->findChild<QComboBox*>();
+    QVERIFY(box);
+    QCOMPARE(box->count(), 2);
+    QCOMPARE(box->itemText(0), QStringLiteral("Quite slow"));
+    QCOMPARE(box->itemText(1), QStringLiteral("Fast"));
+    QCOMPARE(box->currentIndex(), 0);
+    QTest::keyClick(box, Qt::Key_Down);
+    QCOMPARE(property->value.value(), 7);
+    QVERIFY(pool.variant("Test.Speed")->setValueFromQString("Slow"));
+    QCOMPARE(box->currentIndex(), 0);
+    QTest::keyClick(box, Qt::Key_End);
+    QCOMPARE(property->value.value(), 7);
+    QTest::mouseClick(editor->findChild<QToolButton*>(), Qt::LeftButton);
+    QCOMPARE(property->value.value(), 1);
+    QCOMPARE(box->currentIndex(), 0);
+}
+
+void tst_kyworkstation::wheelChangesOnlyTheSettingInUse()
+{
+    auto* box =
+        settings().itemWidget(setting("Number of Logged Lines for Scripts"), 1)->findChild<QSpinBox*>();
+    const auto turn = [box] {
+        const QPointF middle(QRectF(box->rect()).center());
+        QWheelEvent event(middle, box->mapToGlobal(middle), QPoint(), QPoint(0, 120), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(box, &event);
+    };
+    QApplication::setActiveWindow(box->window());
+    QVERIFY(!box->hasFocus());
+    turn();
+    QCOMPARE(box->value(), 1);
+    box->setFocus();
+    QVERIFY(box->hasFocus());
+    turn();
+    QCOMPARE(box->value(), 2);
+}
+
 void tst_kyworkstation::settingIsResetToItsDefault()
 {
     QWidget* editor = settings().itemWidget(setting("Number of Logged Lines for Scripts"), 1);
@@ -917,6 +1184,51 @@ void tst_kyworkstation::closingTheWindowClosesTheConsoles()
     mWindow->close();
     QVERIFY(!window.isVisible());
     QVERIFY(!mWindow->isVisible());
+}
+
+void tst_kyworkstation::menusOpenByTheMouse()
+{
+    QMenuBar& bar = *mWindow->menuBar();
+    for (QAction* title : bar.actions()) {
+        QTest::mouseClick(&bar, Qt::LeftButton, Qt::NoModifier, bar.actionGeometry(title).center());
+        QTRY_VERIFY2(title->menu()->isVisible(), qPrintable(title->text()));
+        QVERIFY(!title->menu()->actions().isEmpty());
+        title->menu()->close();
+    }
+    QMenu* scripting = mWindow->findChild<QMenu*>("scriptingMenu");
+    QTest::mouseClick(&bar, Qt::LeftButton, Qt::NoModifier,
+                      bar.actionGeometry(scripting->menuAction()).center());
+    QTRY_VERIFY(scripting->isVisible());
+    QTest::mouseClick(scripting, Qt::LeftButton, Qt::NoModifier,
+                      scripting->actionGeometry(mWindow->findChild<QAction*>("console.Tools")).center());
+    QWidget* window = windowTitled("Console[QJSEngine] (Tools)");
+    QTRY_VERIFY(window && window->isVisible());
+}
+
+void tst_kyworkstation::menusOpenByTheirKeys()
+{
+    mWindow->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(mWindow.get()));
+    QTest::keyClick(mWindow.get(), Qt::Key_F, Qt::AltModifier);
+    QMenu* file = mWindow->findChild<QMenu*>("fileMenu");
+    QTRY_VERIFY(file->isVisible());
+    mWindow->openFolder(mSample);
+    waitForStudies(sSampleStudies);
+    QTest::keyClick(file, Qt::Key_C);
+    QTRY_COMPARE(studyList().model()->rowCount(), 0);
+    QVERIFY(!file->isVisible());
+}
+
+void tst_kyworkstation::consoleOpensByItsKey()
+{
+    mWindow->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(mWindow.get()));
+    QTest::keyClick(mWindow.get(), Qt::Key_F12);
+    QWidget* window = windowTitled("Console[QJSEngine]");
+    QTRY_VERIFY(window && window->isVisible());
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    // Ready to type.
+    QCOMPARE(window->focusWidget(), window->findChild<QPlainTextEdit*>("w_InputText"));
 }
 
 void tst_kyworkstation::everyActionHasAKey()

@@ -4,6 +4,7 @@
 
 #include <QImage>
 #include <QPaintEvent>
+#include <QPainter>
 #include <QScreen>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -25,9 +26,11 @@ private slots:
     void everyLineOnViewHasItsNumber();
     void foldedLineHasNoNumber();
     void wrappedLineHasOneNumber();
+    void numbersAreThoseOfTheLinesOnView_data();
     void numbersAreThoseOfTheLinesOnView();
 
     void currentLineIsDarkYellowOverTheWholeWidth();
+    void currentLineIsReadableInDarkColours();
     void highlightFollowsTheCursor();
     void highlightIgnoresTheSelection();
     void readOnlyEditorLosesItsHighlightAtTheNextMove();
@@ -239,14 +242,36 @@ void tst_CodeEditor::wrappedLineHasOneNumber()
     QVERIFY(darkColumns(image, editor.rowsOf(1)).first >= 0);
 }
 
+void tst_CodeEditor::numbersAreThoseOfTheLinesOnView_data()
+{
+    QTest::addColumn<int>("scrolled");
+    QTest::newRow("top") << 0;
+    QTest::newRow("two lines") << 2;
+    QTest::newRow("into the two digits") << 7;
+    QTest::newRow("far") << 83;
+    QTest::newRow("end") << 10'000;
+}
+
+/// The gutter against the numbers drawn by themselves, pixel by pixel.
 void tst_CodeEditor::numbersAreThoseOfTheLinesOnView()
 {
-    Editor scrolled(lines(100));
-    scrolled.verticalScrollBar()->setValue(50);
-    Editor top(lines(100));
-    QVERIFY(scrolled.gutterImage() != top.gutterImage());
-    scrolled.verticalScrollBar()->setValue(0);
-    QCOMPARE(scrolled.gutterImage(), top.gutterImage());
+    QFETCH(int, scrolled);
+    Editor editor(lines(120));
+    editor.verticalScrollBar()->setValue(scrolled);
+    const int first = std::min(scrolled, editor.verticalScrollBar()->maximum());
+    QVERIFY(first > 0 || scrolled == 0);
+
+    QImage expected(editor.gutter().size(), QImage::Format_RGB32);
+    expected.fill(Qt::lightGray);
+    QPainter painter(&expected);
+    painter.setFont(editor.font());
+    int count = 0;
+    for (int line = first; editor.rowsOf(line).top() < expected.height() && line < 120; ++line, ++count)
+        painter.drawText(0, editor.rowsOf(line).top(), expected.width(), editor.fontMetrics().height(),
+                         Qt::AlignRight, QString::number(line + 1));
+    painter.end();
+    QVERIFY(count > 8);
+    QCOMPARE(editor.gutterImage().convertToFormat(QImage::Format_RGB32), expected);
 }
 
 void tst_CodeEditor::currentLineIsDarkYellowOverTheWholeWidth()
@@ -259,6 +284,37 @@ void tst_CodeEditor::currentLineIsDarkYellowOverTheWholeWidth()
     QCOMPARE(image.pixel(right, middle), sHighlight);
     QCOMPARE(image.pixel(image.width() / 2, middle), sHighlight);
     QVERIFY(image.pixel(image.width() / 2, editor.rowsOf(1).center().y()) != sHighlight);
+}
+
+void tst_CodeEditor::currentLineIsReadableInDarkColours()
+{
+    Editor editor("text\ntext");
+    QVERIFY(!editor.extraSelections().first().format.hasProperty(QTextFormat::ForegroundBrush));
+    QPalette dark = editor.palette();
+    dark.setColor(QPalette::Base, QColor(30, 30, 30));
+    dark.setColor(QPalette::Text, Qt::white);
+    editor.setPalette(dark);
+    editor.setCursorWidth(0);
+
+    const auto darkest = [&](int line) {
+        const QImage image = editor.viewportImage();
+        int value = 255;
+        for (int y = editor.rowsOf(line).top(); y < editor.rowsOf(line).bottom(); ++y) {
+            for (int x = 0; x < image.width() / 2; ++x)
+                value = std::min(value, qGray(image.pixel(x, y)));
+        }
+        return value;
+    };
+    QVERIFY2(darkest(0) < 40, qPrintable(QString::number(darkest(0))));
+    const QImage image = editor.viewportImage();
+    QCOMPARE(image.pixel(image.width() / 2, editor.rowsOf(0).center().y()), sHighlight);
+    int lightest = 0;
+    for (int x = 0; x < image.width() / 2; ++x)
+        lightest = std::max(lightest, qGray(image.pixel(x, editor.rowsOf(1).center().y())));
+    QVERIFY2(lightest > 200, "the other lines have the colour of the palette");
+
+    editor.setPalette(QPalette(QColor(240, 240, 240)));
+    QVERIFY(!editor.extraSelections().first().format.hasProperty(QTextFormat::ForegroundBrush));
 }
 
 void tst_CodeEditor::highlightFollowsTheCursor()

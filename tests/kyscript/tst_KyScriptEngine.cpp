@@ -76,6 +76,7 @@ private slots:
     void printJoinsItsArguments();
     void printWithoutAWidgetDoesNothing();
     void redirectingAgainReplacesBothFunctions();
+    void engineTellsWhereItPrints();
     void printMethodJoinsUpToThreeValues();
 
     void convertVariantMakesLocalMidnightOfADate();
@@ -424,6 +425,20 @@ void tst_KyScriptEngine::redirectingAgainReplacesBothFunctions()
     QCOMPARE(second.toPlainText(), QStringLiteral("a\nb"));
     QCOMPARE(first.toPlainText(), QStringLiteral("c"));
     QCOMPARE(engine.findChildren<MyPrintHelper*>().size(), 2);
+}
+
+void tst_KyScriptEngine::engineTellsWhereItPrints()
+{
+    Engine engine;
+    QCOMPARE(engine.printOutput(), nullptr);
+    QTextEdit first;
+    engine.redirectPrintOutput(&first);
+    QCOMPARE(engine.printOutput(), &first);
+    auto second = std::make_unique<QTextEdit>();
+    engine.redirectPrintOutput(second.get());
+    QCOMPARE(engine.printOutput(), second.get());
+    second.reset();
+    QCOMPARE(engine.printOutput(), nullptr);
 }
 
 void tst_KyScriptEngine::printMethodJoinsUpToThreeValues()

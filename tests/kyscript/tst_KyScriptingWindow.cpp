@@ -17,7 +17,10 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QSplitter>
+#include <QTextBlock>
 #include <QTextEdit>
+#include <QTextLayout>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 #include <functional>
@@ -63,6 +66,8 @@ private slots:
     void backspaceDeletesByStopsInLeadingSpace();
     void backspaceDeletesTheSelection();
     void indentationIsUndoneInOneStep();
+    void keysCountColumnsFromTheWrapOfALongLine_data();
+    void keysCountColumnsFromTheWrapOfALongLine();
     void otherKeysAreTyped();
 
     void indentationIsTurnedOffInTheRunningSession();
@@ -85,6 +90,8 @@ private slots:
     void errorMessageIsPlainText();
     void consoleWithoutItsEngineOnlyClears();
     void consoleCanEndDuringItsRun();
+    void evaluationWaitsForNoOther();
+    void otherConsoleEvaluatesMeanwhile();
     void evaluateSetsTheInput();
 
     void hundredThousandLinesStandThere();
@@ -476,6 +483,49 @@ void tst_KyScriptingWindow::indentationIsUndoneInOneStep()
     QCOMPARE(input().toPlainText(), QStringLiteral("        x"));
 }
 
+/// The start of a line is that of the line on view. The window is as narrow as it takes to break the text at
+/// its only blank run.
+void tst_KyScriptingWindow::keysCountColumnsFromTheWrapOfALongLine_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+    QTest::newRow("tab at the wrap") << int(Qt::Key_Tab) << " |bbb"
+                                     << "     |bbb";
+    QTest::newRow("tab in column 2") << int(Qt::Key_Tab) << " bb|b"
+                                     << " bb  |b";
+    QTest::newRow("backtab at the wrap") << int(Qt::Key_Backtab) << " |bbb"
+                                         << " |bbb";
+    QTest::newRow("return at the wrap") << int(Qt::Key_Return) << " |bbb"
+                                        << " \n|bbb";
+    QTest::newRow("return behind it") << int(Qt::Key_Return) << " bb|b"
+                                      << " bb\n|b";
+    QTest::newRow("backspace at the wrap") << int(Qt::Key_Backspace) << " |bbb"
+                                           << "|bbb";
+    QTest::newRow("backspace behind text") << int(Qt::Key_Backspace) << " bb|b"
+                                           << " b|b";
+}
+
+void tst_KyScriptingWindow::keysCountColumnsFromTheWrapOfALongLine()
+{
+    QFETCH(int, key);
+    QFETCH(QString, before);
+    QFETCH(QString, after);
+    // One line has room for all but the last two letters and the blank in front of them.
+    const qreal margins = 2 * input().document()->documentMargin();
+    const qreal letter = QFontMetricsF(input().font()).horizontalAdvance('a');
+    const int room = int((input().viewport()->width() - margins) / letter);
+    const QString head = "    " + QString(room - 6, 'a');
+    const QString text = QString(before).remove('|');
+    setInput(head + text, int(head.size() + before.indexOf('|')));
+    QTRY_COMPARE(input().document()->firstBlock().layout()->lineCount(), 2);
+    QCOMPARE(input().document()->firstBlock().layout()->lineAt(1).textStart(), int(head.size()) + 1);
+
+    QTest::keyClick(&input(), Qt::Key(key), key == Qt::Key_Backtab ? Qt::ShiftModifier : Qt::NoModifier);
+    QCOMPARE(input().toPlainText(), head + QString(after).remove('|'));
+    QCOMPARE(input().textCursor().position(), int(head.size() + after.indexOf('|')));
+}
+
 void tst_KyScriptingWindow::otherKeysAreTyped()
 {
     QTest::keyClicks(&input(), "if (a) { b }");
@@ -695,6 +745,43 @@ void tst_KyScriptingWindow::consoleCanEndDuringItsRun()
     window->slotEvaluate();
     QVERIFY(!mConsole);
     QCOMPARE(engine().globalObject().property("ended").toInt(), 1);
+}
+
+/// A second F5 while the script waits would clear what the first has printed and end its study objects.
+void tst_KyScriptingWindow::evaluationWaitsForNoOther()
+{
+    int inner = 0;
+    publish([&] {
+        if (++inner > 1)
+            return;
+        QEventLoop loop;
+        QTimer::singleShot(0, &loop, [&] {
+            input().setPlainText("outside.act(); 'second'");
+            clickEvaluate();
+            QTRY_VERIFY(QToolTip::isVisible());
+            QCOMPARE(output().toPlainText(), QStringLiteral("before"));
+            loop.quit();
+        });
+        loop.exec();
+    });
+    QCOMPARE(console().evaluate("print('before'); outside.act(); print('after'); 'first'"),
+             QStringLiteral("before\nafter\nfirst"));
+    QCOMPARE(inner, 1);
+    clickEvaluate();
+    QCOMPARE(output().toPlainText(), QStringLiteral("second"));
+    QCOMPARE(inner, 2);
+
+    // An error and a value whose text fails end an evaluation, too.
+    console().evaluate("throw new Error('x')");
+    console().evaluate("({ toString: function() { throw new Error('y') } })");
+    QCOMPARE(console().evaluate("3"), QStringLiteral("3"));
+}
+
+void tst_KyScriptingWindow::otherConsoleEvaluatesMeanwhile()
+{
+    KyScriptingWindow other(name() + "-other", KyScriptingWindow::JavaScriptEngine);
+    publish([&] { QCOMPARE(other.evaluate("print('x'); 1 + 1"), QStringLiteral("x\n2")); });
+    QCOMPARE(console().evaluate("outside.act(); 'done'"), QStringLiteral("done"));
 }
 
 void tst_KyScriptingWindow::evaluateSetsTheInput()

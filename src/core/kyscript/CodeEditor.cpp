@@ -8,6 +8,9 @@ namespace {
 constexpr int GutterSlack = 3;
 constexpr int HighlightDarkness = 160;
 
+/// Of a colour on the screen, from 0 to 255.
+constexpr int LightText = 160;
+
 } // namespace
 
 CodeEditor::CodeEditor(QWidget* parent)
@@ -51,6 +54,13 @@ void CodeEditor::resizeEvent(QResizeEvent* event)
     mLineNumberArea->setGeometry(area.left(), area.top(), lineNumberAreaWidth(), area.height());
 }
 
+void CodeEditor::changeEvent(QEvent* event)
+{
+    QPlainTextEdit::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && !isReadOnly())
+        highlightCurrentLine();
+}
+
 void CodeEditor::lineNumberAreaPaintEvent(QPaintEvent* event)
 {
     QPainter painter(mLineNumberArea);
@@ -80,6 +90,9 @@ void CodeEditor::highlightCurrentLine()
         QTextEdit::ExtraSelection line;
         line.format.setBackground(QColor(Qt::yellow).darker(HighlightDarkness));
         line.format.setProperty(QTextFormat::FullWidthSelection, true);
+        // The light text of dark colours would be hard to read on it.
+        if (qGray(palette().color(QPalette::Text).rgb()) > LightText)
+            line.format.setForeground(Qt::black);
         line.cursor = textCursor();
         line.cursor.clearSelection();
         selections.append(line);

@@ -5,7 +5,8 @@
 /// A plain-text editor with line numbers at its left and a highlight on the current line.
 ///
 /// It has no handling of keys of its own: indentation and the like are the business of event filters on it.
-/// Lines count from 1. A read-only editor shows no highlight, from the next move of its cursor on.
+/// Lines count from 1. Where text is light, as in dark colours, that of the current line is black, so that it
+/// can be read on the highlight. A read-only editor shows no highlight, from the next move of its cursor on.
 class CodeEditor : public QPlainTextEdit
 {
     Q_OBJECT
@@ -20,6 +21,7 @@ public:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private Q_SLOTS:
     void updateLineNumberAreaWidth(int newBlockCount);

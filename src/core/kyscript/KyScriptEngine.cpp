@@ -250,6 +250,11 @@ void KyScriptEngine::redirectPrintOutput(QTextEdit* inTextEdit)
             QString(), 1));
 }
 
+QTextEdit* KyScriptEngine::printOutput() const
+{
+    return mPrintHelper ? mPrintHelper->textEdit() : nullptr;
+}
+
 void KyScriptEngine::convertVariant(QVariant& ioValue)
 {
     if (ioValue.typeId() == QMetaType::QDate) {
@@ -338,6 +343,11 @@ MyPrintHelper::MyPrintHelper(QObject* inParent, QTextEdit* inTextEdit)
     : QObject(inParent)
     , mTextEdit(inTextEdit)
 {}
+
+QTextEdit* MyPrintHelper::textEdit() const
+{
+    return mTextEdit;
+}
 
 void MyPrintHelper::vprint(QJSValue argArray)
 {

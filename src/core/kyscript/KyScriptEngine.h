@@ -73,6 +73,9 @@ public:
     /// A further call replaces both.
     void redirectPrintOutput(QTextEdit* inTextEdit);
 
+    /// What scripts print to at present; null while they have no such functions, or the widget has gone.
+    QTextEdit* printOutput() const;
+
     /// Gives a value of the host the form that scripts expect: a QDate becomes a QDateTime at local midnight,
     /// a QTime an object that prints as its time ("14:05:09.120"). Others stay as they are.
     void convertVariant(QVariant& ioValue);
@@ -161,6 +164,8 @@ public:
 
     /// Puts lines that are still on their way into the widget.
     void flush();
+
+    QTextEdit* textEdit() const;
 
 private:
     void append(const QString& inLine);

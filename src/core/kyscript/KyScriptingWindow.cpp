@@ -11,6 +11,7 @@
 
 #include <QtGui/QFontDatabase>
 #include <QtGui/QKeyEvent>
+#include <QtWidgets/QToolTip>
 
 #include <algorithm>
 
@@ -155,18 +156,34 @@ void KyScriptingWindow::slotAutoIndentation(bool isOn)
 
 void KyScriptingWindow::slotEvaluate()
 {
+    if (mIsRunning) {
+        QToolTip::showText(mUi->w_Evaluate->mapToGlobal(QPoint()),
+                           tr("The script of this console is still running."), mUi->w_Evaluate);
+        return;
+    }
     KyScriptPrintBuffer::of(*mUi->w_OutputText).flush();
     mUi->w_OutputText->clear();
     mUi->w_OutputGroup->setTitle(QCoreApplication::translate("KyScriptingWindowBase", "Output"));
     if (!mEngine)
         return;
+    const QPointer<KyScriptingWindow> self(this);
+    mIsRunning = true;
+    run(source());
+    if (self)
+        mIsRunning = false;
+}
 
+QString KyScriptingWindow::source() const
+{
     const QTextCursor selection = mUi->w_InputText->textCursor();
     QString source = selection.hasSelection() ? selection.selectedText() : mUi->w_InputText->toPlainText();
-    source.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    return source.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+}
 
+void KyScriptingWindow::run(const QString& inSource)
+{
     const QPointer<KyScriptingWindow> self(this);
-    const QJSValue result = mEngine->runScript(KyScriptProgram(source, QString(), -1), false, false, true);
+    const QJSValue result = mEngine->runScript(KyScriptProgram(inSource, QString(), -1), false, false, true);
     if (!self)
         return;
     if (result.isError()) {
@@ -221,8 +238,9 @@ void KyScriptingWindow::indent()
 void KyScriptingWindow::unindent()
 {
     QTextCursor step = mUi->w_InputText->textCursor();
+    int rest = distanceToPreviousStop(columnOf(step)); // asked first: lines are not known within an edit
     step.beginEditBlock();
-    for (int rest = distanceToPreviousStop(columnOf(step)); rest > 0; --rest) {
+    for (; rest > 0; --rest) {
         QTextCursor cursor = mUi->w_InputText->textCursor();
         cursor.movePosition(QTextCursor::PreviousCharacter, QTextCursor::KeepAnchor);
         if (!cursor.selectedText().trimmed().isEmpty())

@@ -45,7 +45,7 @@ public:
 public Q_SLOTS:
     /// Runs the selection, or without one the whole input, at the top level of the engine, and shows the
     /// printed lines with the value below them, or only the error. Does nothing but clearing the output when
-    /// the engine has ended.
+    /// the engine has ended, and nothing at all while an evaluation of this console is still running.
     void slotEvaluate();
 
     /// Ends the engine, with its globals and all that its scripts have opened, and binds a fresh one of the
@@ -62,6 +62,8 @@ private:
     void makeKeyFilters();
     void followProperty();
     void setFonts();
+    QString source() const;
+    void run(const QString& inSource);
     void showError(const class QJSValue& inError);
 
     void indent();
@@ -77,7 +79,8 @@ private:
     JxRunOnKeyPress* mBacktabFilter = nullptr;
     JxRunOnKeyPress* mReturnFilter = nullptr;
     JxRunOnKeyPress* mBackspaceFilter = nullptr;
-    QTimer mNewEngineRetry; ///< Runs while a new engine is asked for.
+    bool mIsRunning = false; ///< Within an evaluation of this console.
+    QTimer mNewEngineRetry;  ///< Runs while a new engine is asked for.
 };
 
 /// An event filter that runs a function in place of a key press.

@@ -1,6 +1,7 @@
 #include "KyLoadingStatus.h"
 
 #include <QtCore/QLocale>
+#include <QtGui/QShortcut>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QProgressBar>
 #include <QtWidgets/QStatusBar>
@@ -42,8 +43,10 @@ void KyLoadingStatus::makeWidgets(KyStudyLoader& inLoader, QStatusBar& ioBar)
     mCancel->setObjectName(QStringLiteral("cancelLoading"));
     mCancel->setText(tr("Cancel"));
     mCancel->setToolTip(tr("Stop loading (Esc)"));
-    mCancel->setShortcut(QKeySequence(Qt::Key_Escape));
     connect(mCancel, &QToolButton::clicked, &inLoader, &KyStudyLoader::cancel);
+    // The button's own shortcut would first press it for a while. This one holds only while it is on view,
+    // too.
+    new QShortcut(QKeySequence(Qt::Key_Escape), mCancel, &inLoader, &KyStudyLoader::cancel);
     ioBar.addWidget(mResult, 1);
     ioBar.addPermanentWidget(mProgress);
     ioBar.addPermanentWidget(mCancel);
@@ -74,10 +77,10 @@ void KyLoadingStatus::showStart(const QString& inFolder)
 
 void KyLoadingStatus::showProgress(int inDone, int inTotal)
 {
-    mProgress->setRange(0, inTotal);
-    mProgress->setValue(inDone);
     mProgress->show();
     mCancel->show();
+    mProgress->setRange(0, inTotal);
+    mProgress->setValue(inDone);
 }
 
 void KyLoadingStatus::addResult(const QString& inFolder, const Ovg::StudySourceResult& inResult)

@@ -3,8 +3,10 @@
 #include <ovbase/OvProperty.h>
 #include <ovbase/OvRegistry.h>
 
+#include <QtCore/QEvent>
 #include <QtCore/QSignalBlocker>
 #include <QtWidgets/QCheckBox>
+#include <QtWidgets/QComboBox>
 #include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLineEdit>
@@ -43,6 +45,9 @@ KyPropertyEditor::KyPropertyEditor(OvVariant& ioProperty, const QString& inLabel
     editor->setAccessibleName(inLabel);
     editor->setToolTip(idOf(mProperty));
     setFocusProxy(editor);
+    // Who scrolls through the settings must not change those that pass below the pointer.
+    editor->setFocusPolicy(Qt::StrongFocus);
+    editor->installEventFilter(this);
     mReset->setText(tr("Reset"));
     mReset->setToolTip(tr("Back to the default"));
     mReset->setAccessibleName(tr("Reset %1").arg(inLabel));
@@ -58,6 +63,14 @@ KyPropertyEditor::KyPropertyEditor(OvVariant& ioProperty, const QString& inLabel
     refresh();
 }
 
+bool KyPropertyEditor::eventFilter(QObject*, QEvent* inEvent)
+{
+    if (inEvent->type() != QEvent::Wheel || focusProxy()->hasFocus())
+        return false;
+    inEvent->ignore();
+    return true;
+}
+
 QWidget* KyPropertyEditor::makeEditor()
 {
     if (mProperty.isType<bool>())
@@ -66,6 +79,8 @@ QWidget* KyPropertyEditor::makeEditor()
         return makeIntegerBox();
     if (mProperty.isType<double>())
         return makeNumberBox();
+    if (const OvEnum* enumeration = mProperty.enumeration())
+        return makeChoice(*enumeration);
     return makeLine();
 }
 
@@ -97,6 +112,18 @@ QWidget* KyPropertyEditor::makeNumberBox()
     connect(box, &QDoubleSpinBox::valueChanged, this,
             [this](double value) { store(QString::number(value)); });
     mShowValue = [this, box] { box->setValue(static_cast<OvProperty<double>&>(mProperty).value); };
+    return box;
+}
+
+QWidget* KyPropertyEditor::makeChoice(const OvEnum& inEnumeration)
+{
+    auto* box = new QComboBox(this);
+    for (const OvEnum::ValuePointer& value : OvEnum::values(inEnumeration.name())) {
+        const QString key = QString::fromLatin1(value->key());
+        box->addItem(value->label().isEmpty() ? key : value->label(), key);
+    }
+    connect(box, &QComboBox::activated, this, [this, box] { store(box->currentData().toString()); });
+    mShowValue = [this, box] { box->setCurrentIndex(box->findData(mProperty.toQString())); };
     return box;
 }
 

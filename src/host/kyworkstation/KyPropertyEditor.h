@@ -4,6 +4,7 @@
 
 #include <functional>
 
+class OvEnum;
 class OvVariant;
 class QToolButton;
 
@@ -19,11 +20,14 @@ class KyPropertyEditor : public QWidget
 public:
     KyPropertyEditor(OvVariant& ioProperty, const QString& inLabel, QWidget* inParent);
 
+    bool eventFilter(QObject* inWatched, QEvent* inEvent) override;
+
 private:
     QWidget* makeEditor();
     QWidget* makeCheckBox();
     QWidget* makeIntegerBox();
     QWidget* makeNumberBox();
+    QWidget* makeChoice(const OvEnum& inEnumeration);
     QWidget* makeLine();
     void store(const QString& inText);
     void refresh();

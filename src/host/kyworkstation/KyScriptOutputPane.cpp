@@ -6,9 +6,15 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QStringDecoder>
+#include <QtGui/QAbstractTextDocumentLayout>
+#include <QtGui/QTextBlock>
+#include <QtGui/QTextDocument>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QPushButton>
+#include <QtWidgets/QScrollBar>
 #include <QtWidgets/QTextEdit>
+
+#include <algorithm>
 
 namespace {
 
@@ -16,6 +22,45 @@ namespace {
 QString plain(const QString& inText)
 {
     return inText.toHtmlEscaped().replace(QLatin1Char('\n'), QStringLiteral("<br>"));
+}
+
+/// While it lives, scripts of an engine print to another widget.
+class PrintRedirection
+{
+public:
+    PrintRedirection(KyScriptInterface& ioEngine, QTextEdit& ioTarget)
+        : mEngine(&ioEngine)
+        , mTarget(&ioTarget)
+        , mBefore(ioEngine.printOutput())
+    {
+        if (mBefore != mTarget)
+            mEngine->redirectPrintOutput(mTarget);
+    }
+    /// A console that the run has opened keeps what it has taken.
+    ~PrintRedirection()
+    {
+        if (mEngine && mBefore && mBefore != mTarget && mEngine->printOutput() == mTarget)
+            mEngine->redirectPrintOutput(mBefore);
+    }
+    Q_DISABLE_COPY_MOVE(PrintRedirection)
+
+private:
+    const QPointer<KyScriptInterface> mEngine;
+    const QPointer<QTextEdit> mTarget;
+    const QPointer<QTextEdit> mBefore;
+};
+
+/// The first line of a document that stays, so that it keeps its bounds; 0 as long as it does.
+int firstLineToKeep(const QTextDocument& inDocument)
+{
+    constexpr int maxLines = KyScriptOutputPane::MaxLines;
+    constexpr int maxCharacters = KyScriptOutputPane::MaxCharacters;
+    const int lines = inDocument.blockCount();
+    const int characters = inDocument.characterCount();
+    int first = lines > maxLines + maxLines / 2 ? lines - maxLines : 0;
+    if (characters > maxCharacters + maxCharacters / 2)
+        first = std::max(first, inDocument.findBlock(characters - maxCharacters).blockNumber());
+    return first;
 }
 
 } // namespace
@@ -28,8 +73,10 @@ KyScriptOutputPane::KyScriptOutputPane(QWidget* inParent)
     mText->setReadOnly(true);
     mText->setUndoRedoEnabled(false);
     mText->setAccessibleName(tr("Script output"));
+    connect(mText->document(), &QTextDocument::contentsChanged, this, &KyScriptOutputPane::trim);
     auto* clear = new QPushButton(tr("Cle&ar"), this);
     clear->setObjectName(QStringLiteral("clearScriptOutput"));
+    clear->setToolTip(tr("Empty the script output"));
     connect(clear, &QPushButton::clicked, mText, &QTextEdit::clear);
     auto* all = new QHBoxLayout(this);
     all->setContentsMargins(4, 4, 4, 4);
@@ -48,14 +95,38 @@ void KyScriptOutputPane::run(const QString& inFile)
         return;
     }
     Q_EMIT starting(inFile);
-    KyScriptInterface& engine = KyScriptInterface::getInstance(QString());
-    if (engine.globalObject().property(QStringLiteral("print")).isUndefined())
-        engine.redirectPrintOutput(mText);
     mText->append(plain(tr("Running %1").arg(inFile)));
-    const QJSValue value = KyScriptAbstractInterface::getInstance(QString()).runScript(
-        KyScriptProgram(source, inFile, 1), false, false, true);
-    if (value.isError())
-        mText->append(plain(engine.errorMessage(value, QString(), nullptr)));
-    else if (!value.isUndefined())
-        mText->append(plain(value.toString()));
+    KyScriptInterface& engine = KyScriptInterface::getInstance(QString());
+    const PrintRedirection redirection(engine, *mText);
+    showResult(engine, KyScriptAbstractInterface::getInstance(QString()).runScript(
+                           KyScriptProgram(source, inFile, 1), false, false, true));
+}
+
+void KyScriptOutputPane::showResult(const KyScriptInterface& inEngine, const QJSValue& inValue)
+{
+    if (inValue.isError())
+        mText->append(plain(inEngine.errorMessage(inValue, QString(), nullptr)));
+    else if (!inValue.isUndefined())
+        mText->append(plain(inValue.toString()));
+}
+
+/// A reader who has scrolled up keeps the lines that he reads, as long as they are there.
+void KyScriptOutputPane::trim()
+{
+    QTextDocument& document = *mText->document();
+    const int first = firstLineToKeep(document);
+    if (first == 0)
+        return;
+    QScrollBar& bar = *mText->verticalScrollBar();
+    const bool isAtEnd = bar.value() >= bar.maximum();
+    const QTextBlock kept = document.findBlockByNumber(first);
+    const QAbstractTextDocumentLayout& layout = *document.documentLayout();
+    const int removedHeight =
+        qRound(layout.blockBoundingRect(kept).top() - layout.blockBoundingRect(document.firstBlock()).top());
+    const int value = bar.value() - removedHeight;
+
+    QTextCursor oldest(&document);
+    oldest.setPosition(kept.position(), QTextCursor::KeepAnchor);
+    oldest.removeSelectedText();
+    bar.setValue(isAtEnd ? bar.maximum() : std::max(value, 0));
 }

@@ -46,7 +46,8 @@ KyWorkstationOptions::Outcome KyWorkstationOptions::parse(const QStringList& inA
     parser.setApplicationDescription(tr("A workstation for DICOM studies that scripts can extend."));
     parser.addOptions(valueOptions());
     const QCommandLineOption help = parser.addHelpOption(), version = parser.addVersionOption();
-    parser.addPositionalArgument(name("DIR"), tr("Folders of studies to open."), name("[DIR...]"));
+    parser.addPositionalArgument(name("DIR"), tr("Folders of studies to open; a file stands for its folder."),
+                                 name("[DIR...]"));
 
     const bool isParsed = parser.parse(inArguments);
     outText = parser.errorText();

@@ -66,7 +66,6 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Ky"));
     QCoreApplication::setApplicationName(QStringLiteral("kyworkstation"));
-    QGuiApplication::setApplicationDisplayName(KyWorkstationOptions::tr("Ky Workstation"));
     QGuiApplication::setDesktopFileName(QStringLiteral("kyworkstation"));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/kyworkstation/icon.png")));
 

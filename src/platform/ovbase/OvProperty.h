@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OvEnum.h"
 #include "OvVariant.h"
 
 #include <QList>
@@ -38,6 +39,13 @@ public:
     {}
 
     const std::type_info& type() const override { return typeid(T); }
+    const OvEnum* enumeration() const override
+    {
+        if constexpr (std::derived_from<T, OvEnum>)
+            return &value;
+        else
+            return nullptr;
+    }
     bool isStringType() const override { return OvVariant::isStringType(); }
     std::string toString() const override
     {

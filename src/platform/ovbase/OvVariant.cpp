@@ -13,6 +13,11 @@ OvVariant::OvVariant(const OvVariant& inOther)
 
 OvVariant::~OvVariant() = default;
 
+const OvEnum* OvVariant::enumeration() const
+{
+    return nullptr;
+}
+
 bool OvVariant::isStringType() const
 {
     return false;

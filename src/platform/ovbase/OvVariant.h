@@ -9,6 +9,7 @@
 #include <string>
 #include <typeinfo>
 
+class OvEnum;
 class OvPropertyPool;
 class OvSerializer;
 
@@ -30,6 +31,8 @@ public:
 
     /// Type of the value, such as typeid(int). Only OvProperty<T> may give typeid(T): callers cast by it.
     virtual const std::type_info& type() const = 0;
+    /// The value as an enumeration, by which a choice of its values can be offered; null for other types.
+    virtual const OvEnum* enumeration() const;
     /// Whether the value is text in any characters, so that toString() is UTF-8.
     virtual bool isStringType() const;
     virtual std::string toString() const = 0;

@@ -106,6 +106,19 @@ private slots:
         QCOMPARE(Side(Right).label(), QString());
     }
 
+    void aPropertyTellsThatItIsAnEnumeration()
+    {
+        OvProperty<Side> side("Image.Side", Side(Right));
+        const OvVariant& property = side;
+        QVERIFY(property.enumeration());
+        QCOMPARE(property.enumeration()->name(), std::string("Side"));
+        QCOMPARE(property.enumeration()->key(), std::string("Right"));
+        QVERIFY(side.fromString("Left"));
+        QCOMPARE(property.enumeration()->key(), std::string("Left"));
+        QVERIFY(!OvProperty<int>("Image.Number", 32).enumeration());
+        QVERIFY(!OvProperty<QString>("Image.Text", QStringLiteral("Left")).enumeration());
+    }
+
     void anUnregisteredEnumHasNoValue()
     {
         Unregistered none;
