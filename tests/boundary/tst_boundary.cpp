@@ -8,9 +8,13 @@
 #include <kyscript/KyScriptProgram.h>
 #include <kyscript/KyScriptRunner.h>
 #include <kyscript/KyScriptStudy.h>
+#include <kyscript/KyScriptTool.h>
+
+#include <kybase/KyToolRegistry.h>
 
 #include <QDomDocument>
 #include <QProcess>
+#include <QTemporaryFile>
 #include <QTest>
 
 class Thing : public QObject
@@ -41,6 +45,7 @@ private slots:
     void programComesFromAnXmlElement();
     void externalObjectAndClassReachScripts();
     void worklistCallbackIsAssignable();
+    void toolsComeFromAFile();
     void nothingButTheBoundaryIsExported();
 };
 
@@ -97,6 +102,19 @@ void tst_boundary::worklistCallbackIsAssignable()
     KyScriptStudy::worklistDataCB = nullptr;
 }
 
+void tst_boundary::toolsComeFromAFile()
+{
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    file.write("<Tools ScriptEngine='boundary'><Tool Id='a'><OnSet>triggered = 7</OnSet></Tool></Tools>");
+    file.close();
+    KyScriptTool::loadTools(QFile::encodeName(file.fileName()), nullptr);
+    const auto tool = KyToolRegistry::getToolByDecorationKey<KyScriptTool>("a", true);
+    QVERIFY(tool && tool->process(nullptr, true));
+    QCOMPARE(KyScriptInterface::getInstance("boundary").evaluate("triggered").toInt(), 7);
+    KyScriptTool::clearTools();
+}
+
 void tst_boundary::nothingButTheBoundaryIsExported()
 {
     QProcess nm;
@@ -105,10 +123,11 @@ void tst_boundary::nothingButTheBoundaryIsExported()
     const QString symbols = QString::fromUtf8(nm.readAllStandardOutput());
     for (const char* exported :
          {"KyScriptEngine::runScript", "KyScriptProgram::extractScript", "KyScriptRunner::initEngine",
-          "KyScriptExternalObject::registerExternalCreator", "KyScriptStudy::worklistDataCB"})
+          "KyScriptExternalObject::registerExternalCreator", "KyScriptStudy::worklistDataCB",
+          "KyScriptTool::loadTools"})
         QVERIFY2(symbols.contains(exported), exported);
-    for (const char* hidden :
-         {"KyScriptGlobalLink", "KyScriptMessage::show", "KyScriptStudyOrder", "KyScriptRunLog"})
+    for (const char* hidden : {"KyScriptGlobalLink", "KyScriptOrvane::tool", "KyScriptMessage::show",
+                               "KyScriptStudyOrder", "KyScriptRunLog"})
         QVERIFY2(!symbols.contains(hidden), hidden);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kybase/KyApplication.h>
 #include <kybase/KyLoadHelper.h>
 #include <kybase/KyMemoryWorklistStore.h>
 #include <kybase/KyMonitorManager.h>
@@ -30,6 +31,7 @@ public:
     OvPropertyPool pool;
     KyMemoryWorklistStore worklist;
     KyMemoryReportLockStore reportLocks;
+    KyApplication application;
     KyMonitorManager monitors;
     KyViewerManager viewers;
     KyStudyMetrics metrics;

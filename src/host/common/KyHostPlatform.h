@@ -2,6 +2,7 @@
 
 #include "KyHostOptions.h"
 
+#include <kybase/KyApplication.h>
 #include <kybase/KyMonitorManager.h>
 #include <kybase/KySessionContext.h>
 #include <kybase/KyStudyMetrics.h>
@@ -54,6 +55,7 @@ private:
     OvPropertyPool mPool;
     std::unique_ptr<KyWorklistStore> mWorklist;
     std::unique_ptr<KyReportLockStore> mReportLocks;
+    KyApplication mApplication;
     KyMonitorManager mMonitors;
     KyViewerManager mViewers;
     KyStudyMetrics mMetrics;

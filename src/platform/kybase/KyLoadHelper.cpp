@@ -1,6 +1,13 @@
 #include "KyLoadHelper.h"
 
+#include "KyMonitorManager.h"
+
+#include <jxbase/JxMessageBox.h>
+
+#include <QCoreApplication>
+
 #include <cstdint>
+#include <set>
 #include <unordered_set>
 
 namespace {
@@ -38,6 +45,38 @@ RnHandle<OvStudyObject> studyObject(const std::shared_ptr<Ovg::DicomDirectoryEnt
     return study;
 }
 
+using Numbers = std::set<QString>;
+
+void addNumber(Numbers& ioNumbers, const QString& inNumber)
+{
+    const QString number = inNumber.trimmed();
+    if (!number.isEmpty())
+        ioNumbers.insert(number);
+}
+
+Numbers numbersOf(const QList<QString>& inAccessionNumbers)
+{
+    Numbers numbers;
+    for (const QString& number : inAccessionNumbers)
+        addNumber(numbers, number);
+    return numbers;
+}
+
+Numbers numbersOf(const KyLoadHelper::Exams& inExams)
+{
+    Numbers numbers;
+    for (const auto& exam : inExams)
+        addNumber(numbers, QString::fromStdString(exam->accessionNumber()));
+    return numbers;
+}
+
+QString textOf(const Numbers& inNumbers)
+{
+    const QStringList all(inNumbers.begin(), inNumbers.end());
+    return all.isEmpty() ? QCoreApplication::translate("KyLoadHelper", "none")
+                         : all.join(QLatin1String(", "));
+}
+
 } // namespace
 
 std::unique_ptr<KyLoadHelper> KyLoadHelper::create(KySessionContext&)
@@ -66,6 +105,30 @@ KyLoadHelper::dicomDirectoryEntryForStudy(const char* inStudyId) const
         return nullptr;
     const auto found = mByUid.find(inStudyId);
     return found == mByUid.end() ? nullptr : found->second;
+}
+
+bool KyLoadHelper::isOutOfSync(const QList<QString>& inAccessionNumbers) const
+{
+    const Numbers wanted = numbersOf(inAccessionNumbers);
+    return !wanted.empty() && wanted != numbersOf(mPrimary);
+}
+
+/// The session may end while the box is open.
+int KyLoadHelper::showOutOfSyncWarning(const QList<QString>& inAccessionNumbers) const
+{
+    if (!isOutOfSync(inAccessionNumbers))
+        return 0;
+    JxMessageBox box(KyMonitorManager::parentForModalWidget(), false);
+    box.setIcon(QMessageBox::Warning);
+    box.setWindowTitle(QCoreApplication::applicationName());
+    box.setText(QCoreApplication::translate("KyLoadHelper",
+                                            "The studies on the screen are not those of the other program."));
+    box.setInformativeText(
+        QCoreApplication::translate("KyLoadHelper", "Accession numbers there: %1\nAccession numbers here: %2")
+            .arg(textOf(numbersOf(inAccessionNumbers)), textOf(numbersOf(mPrimary))));
+    box.setTextFormat(Qt::PlainText);
+    box.setStandardButtons(QMessageBox::Ok);
+    return box.exec();
 }
 
 bool KyLoadHelper::isSamePatient(const Ovg::DicomDirectoryEntry& inA, const Ovg::DicomDirectoryEntry& inB)

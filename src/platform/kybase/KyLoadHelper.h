@@ -43,6 +43,16 @@ public:
     /// one. Takes the same time however many studies there are.
     std::shared_ptr<Ovg::DicomDirectoryEntry> dicomDirectoryEntryForStudy(const char* inStudyId) const;
 
+    /// Whether the session shows something else than another program, such as the one from which the studies
+    /// were called up: whether the accession numbers of the primary studies are others than the given ones.
+    /// Order and repetition do not count, nor do white space at the ends, studies without a number and empty
+    /// texts. Without any given number nothing is out of sync.
+    bool isOutOfSync(const QList<QString>& inAccessionNumbers) const;
+
+    /// When it is out of sync, tells the user, who has to confirm that, and gives the QMessageBox button by
+    /// which the box was closed. Otherwise 0 at once. The application goes on meanwhile.
+    int showOutOfSyncWarning(const QList<QString>& inAccessionNumbers) const;
+
     /// Whether both studies are of one patient, as far as the data tells: the patient IDs must be equal and
     /// not empty, and neither issuers of the ID nor names may differ, where a missing one differs from none.
     /// Without any patient ID equal names will do. Names are compared without regard to case, and IDs and

@@ -1,5 +1,7 @@
 #include "OvServerPeer.h"
 
+#include <ovbase/OvObservers.h>
+
 namespace {
 
 OvServerPeer* sInstance = nullptr;
@@ -26,4 +28,22 @@ OvServerPeer* OvServerPeer::instance()
 void OvServerPeer::printSessionLog(const char* inContext, const char* inText, int inLevel)
 {
     mSessionLog.trace(inLevel, inContext, inText);
+}
+
+/// By a copy: a command may end the connection.
+std::string OvServerPeer::evalOnServer(const char* inCommand, const char* inArguments)
+{
+    const CommandFunction function = mCommandFunction;
+    try {
+        return function ? function(inCommand ? inCommand : "", inArguments ? inArguments : "")
+                        : std::string();
+    } catch (...) {
+        ovLogException("OvServerPeer", "a command");
+        return std::string();
+    }
+}
+
+void OvServerPeer::execOnServer(const char* inCommand, const char* inArguments)
+{
+    evalOnServer(inCommand, inArguments);
 }

@@ -3,6 +3,9 @@
 #include <rnlib/RnLogFile.h>
 #include <rnlib/RnString.h>
 
+#include <functional>
+#include <string>
+
 /// The client's end of its connection to the render server.
 ///
 /// Somebody's object: its life is the connection. Construction makes it the one that instance() finds;
@@ -23,6 +26,18 @@ public:
     /// handed to the sinks as it is.
     void printSessionLog(const char* inContext, const char* inText, int inLevel);
 
+    /// What runs a command on the server, for the owner to set: it gets the command and its arguments and
+    /// gives the answer, all in Latin-1.
+    using CommandFunction =
+        std::function<std::string(const std::string& inCommand, const std::string& inArguments)>;
+    void setCommandFunction(CommandFunction inFunction) { mCommandFunction = std::move(inFunction); }
+
+    /// Runs a command on the server and gives its answer. All is Latin-1, null counts as empty. Empty without
+    /// a function that runs it, and when that throws, which is logged.
+    std::string evalOnServer(const char* inCommand, const char* inArguments);
+    /// The same, without an answer.
+    void execOnServer(const char* inCommand, const char* inArguments);
+
     /// The log of the session, apart from that of the process. The owner adds its sinks; without one the
     /// lines are lost.
     RnLogFile& sessionLog() { return mSessionLog; }
@@ -33,4 +48,5 @@ public:
 private:
     const RnString mRenderServerVersion;
     RnLogFile mSessionLog;
+    CommandFunction mCommandFunction;
 };

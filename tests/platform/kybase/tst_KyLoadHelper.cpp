@@ -1,7 +1,12 @@
 #include "MadeStudy.h"
 
+#include <support/KyTest.h>
+#include <support/ModalAnswer.h>
+
+#include <jxbase/JxMessageBox.h>
 #include <kybase/KyLoadHelper.h>
 
+#include <QPushButton>
 #include <QStringList>
 #include <QTest>
 
@@ -52,6 +57,12 @@ private slots:
     void anUnloadedStudyIsNotFound();
     void emptyAndNullIdsFindNothing();
     void thePrimaryOneOfTwoEqualStudiesIsFound();
+
+    void accessionNumbersAreCompared_data();
+    void accessionNumbersAreCompared();
+    void inSyncNothingIsShown();
+    void outOfSyncTheUserIsWarned();
+    void sessionMayEndUnderTheWarning();
 
     void studiesOfThePatientComeFromBothLists();
     void studiesOfOtherPatientsStayOut();
@@ -163,6 +174,85 @@ void tst_KyLoadHelper::thePrimaryOneOfTwoEqualStudiesIsFound()
     mLoader->setAdditionalExams({studyOf("P1", "1.1")});
     mLoader->setPrimaryExams({primary});
     QCOMPARE(mLoader->dicomDirectoryEntryForStudy("1.1"), primary);
+}
+
+void tst_KyLoadHelper::accessionNumbersAreCompared_data()
+{
+    QTest::addColumn<QStringList>("primary");
+    QTest::addColumn<QStringList>("given");
+    QTest::addColumn<bool>("isOutOfSync");
+    const auto row = [](const char* inName, const char* inPrimary, const char* inGiven, bool inResult) {
+        QTest::newRow(inName) << QString(inPrimary).split('/') << QString(inGiven).split('/') << inResult;
+    };
+    QTest::newRow("nothing is given") << QStringList("A1") << QStringList() << false;
+    QTest::newRow("nothing at all") << QStringList() << QStringList() << false;
+    QTest::newRow("nothing is loaded") << QStringList() << QStringList("A1") << true;
+    row("the same", "A1", "A1", false);
+    row("another", "A1", "A2", true);
+    row("order", "A1/A2", "A2/A1", false);
+    row("repetition", "A1/A1", "A1/A1/A1", false);
+    row("one too many", "A1/A2", "A1", true);
+    row("one too few", "A1", "A1/A2", true);
+    row("white space", "A1", " A1 ", false);
+    row("case", "A1", "a1", true);
+    row("empty texts", "A1", "/A1/ ", false);
+    row("only empty texts", "A1", "/ ", false);
+    row("study without a number", "A1/", "A1", false);
+    row("only a study without a number", "", "A1", true);
+}
+
+void tst_KyLoadHelper::accessionNumbersAreCompared()
+{
+    QFETCH(QStringList, primary);
+    QFETCH(QStringList, given);
+    QFETCH(bool, isOutOfSync);
+    Exams exams;
+    for (const QString& number : primary)
+        exams.push_back(madeStudy({{"AccessionNumber", number.toUtf8().constData()}}));
+    KyLoadHelper loader;
+    loader.setPrimaryExams(exams);
+    loader.setAdditionalExams({madeStudy({{"AccessionNumber", "A9"}})});
+    QCOMPARE(loader.isOutOfSync(given), isOutOfSync);
+}
+
+void tst_KyLoadHelper::inSyncNothingIsShown()
+{
+    KyLoadHelper loader;
+    loader.setPrimaryExams({madeStudy({{"AccessionNumber", "A1"}})});
+    QCOMPARE(loader.showOutOfSyncWarning({}), 0);
+    QCOMPARE(loader.showOutOfSyncWarning({"A1"}), 0);
+}
+
+void tst_KyLoadHelper::outOfSyncTheUserIsWarned()
+{
+    KyLoadHelper loader;
+    loader.setPrimaryExams({madeStudy({{"AccessionNumber", "A1"}}), madeStudy({{"AccessionNumber", "<b>"}})});
+    ModalAnswer answer([](QWidget* inWindow) {
+        auto* box = qobject_cast<JxMessageBox*>(inWindow);
+        QVERIFY(box);
+        QCOMPARE(box->icon(), QMessageBox::Warning);
+        QCOMPARE(box->text(),
+                 QStringLiteral("The studies on the screen are not those of the other program."));
+        QCOMPARE(box->informativeText(),
+                 QStringLiteral("Accession numbers there: A2, A3\nAccession numbers here: <b>, A1"));
+        QCOMPARE(box->textFormat(), Qt::PlainText);
+        QCOMPARE(box->standardButtons(), QMessageBox::Ok);
+        box->button(QMessageBox::Ok)->click();
+    });
+    QCOMPARE(loader.showOutOfSyncWarning({"A3", "A2"}), int(QMessageBox::Ok));
+    QVERIFY(answer.happened());
+    ModalAnswer closing([](QWidget* inWindow) { inWindow->close(); });
+    QCOMPARE(KyLoadHelper().showOutOfSyncWarning({"A3"}), int(QMessageBox::Ok));
+}
+
+void tst_KyLoadHelper::sessionMayEndUnderTheWarning()
+{
+    auto loader = std::make_unique<KyLoadHelper>();
+    ModalAnswer answer([&](QWidget* inWindow) {
+        loader.reset();
+        inWindow->close();
+    });
+    QCOMPARE(loader->showOutOfSyncWarning({"A1"}), int(QMessageBox::Ok));
 }
 
 void tst_KyLoadHelper::studiesOfThePatientComeFromBothLists()
@@ -316,5 +406,5 @@ void tst_KyLoadHelper::patientsAreToldApart()
     QVERIFY(KyLoadHelper::isSamePatient(*a, *a));
 }
 
-QTEST_APPLESS_MAIN(tst_KyLoadHelper)
+KY_TEST_MAIN(tst_KyLoadHelper)
 #include "tst_KyLoadHelper.moc"

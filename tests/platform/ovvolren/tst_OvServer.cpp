@@ -2,6 +2,7 @@
 
 #include <ovbase/OvPropertyPool.h>
 #include <support/ContractWatch.h>
+#include <support/LogCapture.h>
 
 #include <QtTest>
 
@@ -14,6 +15,10 @@ private slots:
     void peerIsThereWhileTheServerLives();
     void factsAreKeptAsGiven();
     void sessionLogGetsTheLines();
+    void commandsGoToTheFunctionOfThePeer();
+    void commandsWithoutAFunctionGiveNothing();
+    void commandThatThrowsIsLogged();
+    void commandMayEndTheConnection();
     void poolAsksTheServerWhetherThisIsTheClient();
 };
 
@@ -71,6 +76,51 @@ void tst_OvServer::sessionLogGetsTheLines()
     server.peer()->printSessionLog("Tool", "clicked", 1);
     server.peer()->printSessionLog(nullptr, nullptr, 2);
     QCOMPARE(sink->lines, QStringList({"1|Tool|clicked", "2||"}));
+}
+
+void tst_OvServer::commandsGoToTheFunctionOfThePeer()
+{
+    OvServerPeer peer;
+    QStringList commands;
+    peer.setCommandFunction([&](const std::string& inCommand, const std::string& inArguments) {
+        commands.append(QString::fromLatin1(inCommand.c_str()) + "|" +
+                        QString::fromLatin1(inArguments.c_str()));
+        return std::string("answer \xe4\0!", 10);
+    });
+    QCOMPARE(peer.evalOnServer("command \xe4", "arguments"), std::string("answer \xe4\0!", 10));
+    peer.execOnServer("other", nullptr);
+    QCOMPARE(peer.evalOnServer(nullptr, ""), std::string("answer \xe4\0!", 10));
+    QCOMPARE(commands, QStringList({QString::fromUtf8("command ä|arguments"), "other|", "|"}));
+}
+
+void tst_OvServer::commandsWithoutAFunctionGiveNothing()
+{
+    OvServerPeer peer;
+    QCOMPARE(peer.evalOnServer("command", "arguments"), std::string());
+    peer.execOnServer("command", "arguments");
+}
+
+void tst_OvServer::commandThatThrowsIsLogged()
+{
+    OvServerPeer peer;
+    peer.setCommandFunction(
+        [](const auto&, const auto&) -> std::string { throw std::runtime_error("no server"); });
+    LogCapture log(2);
+    QCOMPARE(peer.evalOnServer("command", ""), std::string());
+    peer.execOnServer("command", "");
+    QCOMPARE(log.lines().size(), 2);
+    QVERIFY2(log.lines().first().text.contains("no server"), qPrintable(log.lines().first().text));
+}
+
+void tst_OvServer::commandMayEndTheConnection()
+{
+    auto peer = std::make_unique<OvServerPeer>();
+    peer->setCommandFunction([&](const auto&, const auto&) {
+        peer.reset();
+        return std::string("ended");
+    });
+    QCOMPARE(OvServerPeer::instance()->evalOnServer("end", ""), std::string("ended"));
+    QVERIFY(!OvServerPeer::instance());
 }
 
 void tst_OvServer::poolAsksTheServerWhetherThisIsTheClient()
