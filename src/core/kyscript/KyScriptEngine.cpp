@@ -3,6 +3,8 @@
 #include "KyScriptConstructible.h"
 #include "KyScriptExternalMetaObject.h"
 #include "KyScriptExternalObject.h"
+#include "KyScriptFileDialog.h"
+#include "KyScriptFileWriter.h"
 #include "KyScriptGlobalLink.h"
 #include "KyScriptInterface.h"
 #include "KyScriptLog.h"
@@ -14,6 +16,7 @@
 #include "KyScriptRunLog.h"
 #include "KyScriptStudy.h"
 #include "KyScriptSystem.h"
+#include "KyScriptXmlFileWriter.h"
 
 #include <kybase/KyTool.h>
 #include <ovbase/OvDateFormatter.h>
@@ -97,6 +100,13 @@ void KyScriptEngine::installGlobals()
         mMessage = addInstance<KyScriptMessage>("Message");
     if (mOptions & ScriptSystem)
         mSystem = addInstance<KyScriptSystem>("System");
+
+    if (mOptions & ScriptXmlFileWriter)
+        addGlobalObjectFromMetaObject<KyScriptXmlFileWriter>(*this, QStringLiteral("XmlFileWriter"));
+    if (mOptions & ScriptFileWriter)
+        addGlobalObjectFromMetaObject<KyScriptFileWriter>(*this, QStringLiteral("FileWriter"));
+    if (mOptions & ScriptFileDialog)
+        addGlobalObjectFromMetaObject<KyScriptFileDialog>(*this, QStringLiteral("FileDialog"));
 
     if (mOptions & ScriptGlobal)
         mGlobalObject.setProperty(QStringLiteral("Global"), newObject());
