@@ -11,6 +11,7 @@ struct KyHostOptions
 {
     QStringList studyFolders;
     QStringList additionalFolders;
+    QStringList toolFiles;
     QString profile;   ///< Folder of settings and data; empty keeps them in memory.
     QString proxyHost; ///< Empty for no proxy.
     int proxyPort = 0;

@@ -2,6 +2,7 @@
 
 #include <kyscript/KyScriptInterface.h>
 #include <kyscript/KyScriptStudy.h>
+#include <kyscript/KyScriptTool.h>
 
 #include <kybase/KyFileWorklistStore.h>
 #include <kybase/KyLoadHelper.h>
@@ -80,6 +81,7 @@ KyHostPlatform::KyHostPlatform(const KyHostOptions& inOptions)
 KyHostPlatform::~KyHostPlatform()
 {
     KyScriptInterface::cleanupInstances();
+    KyScriptTool::clearTools();
     KyScriptStudy::worklistDataCB = nullptr;
 }
 

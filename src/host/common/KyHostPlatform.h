@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KyHostOptions.h"
+#include "KyReportEditor.h"
 
 #include <kybase/KyApplication.h>
 #include <kybase/KyMonitorManager.h>
@@ -34,6 +35,8 @@ public:
     /// cannot read, is named; empty when all are set.
     QString applyProperties();
 
+    KyReportEditor& reportEditor() { return mReportEditor; }
+
     /// Studies found, and what went wrong.
     struct Loaded
     {
@@ -60,4 +63,5 @@ private:
     KyViewerManager mViewers;
     KyStudyMetrics mMetrics;
     KySessionContext mSession;
+    KyReportEditor mReportEditor;
 };

@@ -12,12 +12,22 @@ KyRunConsole::~KyRunConsole()
 void KyRunConsole::write(const RnLogRecord& inRecord)
 {
     flush();
-    const bool isReport = inRecord.level == 3 && inRecord.text.rfind("Uncaught ", 0) == 0 &&
-                          inRecord.text.find("\nBacktrace:\n") != std::string::npos;
-    if (isReport)
+    if (mIsHoldingBack && isReport(inRecord))
         mKept = inRecord;
     else
         mStream.write(inRecord);
+}
+
+bool KyRunConsole::isReport(const RnLogRecord& inRecord)
+{
+    return inRecord.level == 3 && inRecord.text.rfind("Uncaught ", 0) == 0 &&
+           inRecord.text.find("\nBacktrace:\n") != std::string::npos;
+}
+
+void KyRunConsole::setHoldingBack(bool inOn)
+{
+    mIsHoldingBack = inOn;
+    flush();
 }
 
 void KyRunConsole::drop(const std::string& inText)

@@ -22,6 +22,9 @@ const Option Additional(text("additional"), text("Open those below DIR as additi
                         text("DIR"));
 const Option Engine(text("engine"), text("Run on the engine of that name (default: the unnamed one)."),
                     text("NAME"));
+const Option Tools(text("tools"), text("Load a tool configuration file (repeatable)."), text("FILE"));
+const Option Trigger(text("trigger"), text("Trigger the tool ID, after SCRIPT or without one (repeatable)."),
+                     text("ID"));
 const Option Property(text("property"), text("Set an application property before the run (repeatable)."),
                       text("ID=TEXT"));
 const Option Profile(text("profile"),
@@ -78,10 +81,10 @@ KyRunOptions::Outcome KyRunOptions::parse(const QStringList& inArguments, QStrin
     parser.setApplicationDescription(text(Description));
     // What stands behind the script belongs to the script, also when it begins with a dash.
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    parser.addOptions({Eval, Print, Studies, Additional, Engine, Property, Profile, Proxy, Log, KeepRunning,
-                       Timeout, Help, Version});
+    parser.addOptions({Eval, Print, Studies, Additional, Engine, Tools, Trigger, Property, Profile, Proxy,
+                       Log, KeepRunning, Timeout, Help, Version});
     parser.addPositionalArgument(text("SCRIPT.js"), text("The script, \"-\" for standard input."),
-                                 text("SCRIPT.js | -e CODE"));
+                                 text("SCRIPT.js | -e CODE | --trigger ID"));
     parser.addPositionalArgument(text("ARG"), text("Arguments for the script."), text("[ARG...]"));
 
     const bool isParsed = parser.parse(inArguments);
@@ -105,12 +108,14 @@ KyRunOptions::Outcome KyRunOptions::parse(const QStringList& inArguments, QStrin
     isPrinting = parser.isSet(Print);
     host.studyFolders = parser.values(Studies);
     host.additionalFolders = parser.values(Additional);
+    host.toolFiles = parser.values(Tools);
+    triggers = parser.values(Trigger);
     host.profile = parser.value(Profile);
     engine = parser.value(Engine);
     logFile = parser.value(Log);
     keepRunning = parser.isSet(KeepRunning);
     arguments = parser.positionalArguments();
-    if (hasCode)
+    if (hasCode || (arguments.isEmpty() && !triggers.isEmpty()))
         return Outcome::Run;
     if (arguments.isEmpty()) {
         outText = text("There is no script to run; see kyrun --help");

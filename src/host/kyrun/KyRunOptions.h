@@ -6,7 +6,7 @@
 struct KyRunOptions
 {
     KyHostOptions host;
-    QString scriptFile; ///< Empty with code on the command line; "-" for standard input.
+    QString scriptFile; ///< "-" for standard input; empty with code, or only tools, on the command line.
     QString code;
     bool hasCode = false;
     bool isPrinting = false;
@@ -14,7 +14,11 @@ struct KyRunOptions
     QString logFile; ///< "-" for standard error, empty for the default.
     bool keepRunning = false;
     int timeoutSeconds = 0; ///< 0 for none.
+    QStringList triggers;   ///< Keys of tools to be triggered when the script is over.
     QStringList arguments;  ///< For the script.
+
+    /// Whether there is a script to run, and not only tools to trigger.
+    bool hasScript() const { return hasCode || !scriptFile.isEmpty(); }
 
     enum class Outcome
     {

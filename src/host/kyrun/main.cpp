@@ -3,6 +3,7 @@
 #include "KyRunConsole.h"
 #include "KyRunOptions.h"
 #include "KyRunOutput.h"
+#include "KyRunTools.h"
 #include "KyRunWatchdog.h"
 #include "KyRunner.h"
 
@@ -53,10 +54,10 @@ std::shared_ptr<RnLogSink> logSink(const QString& inFile, QString& outReason)
 
 /// Tells of the script's uncaught error: place, error and backtrace.
 void tellError(const KyScriptEngine& inEngine, const QJSValue& inError, const QString& inInfo,
-               const QString& inPlace, RnLogSink* inSink)
+               const QString& inPlace, KyRunConsole* ioConsole)
 {
-    if (auto* console = dynamic_cast<KyRunConsole*>(inSink))
-        console->drop(inEngine.errorMessage(inError, inInfo, nullptr).toLatin1().toStdString());
+    if (ioConsole)
+        ioConsole->drop(inEngine.errorMessage(inError, inInfo, nullptr).toLatin1().toStdString());
     QString text =
         QStringLiteral("%1:%2: %3\n")
             .arg(inPlace, inError.property(QStringLiteral("lineNumber")).toString(), inError.toString());
@@ -102,27 +103,67 @@ void servePostedEvents()
         ;
 }
 
-/// Runs the script and stays in the event loop as long as that is wanted. Gives the exit status.
-int run(const KyRunOptions& inOptions, const QString& inSource, RnLogSink* inSink)
+/// Counts the uncaught errors of scripts while it lives. Those of tools end in the log and nowhere else.
+class ErrorCount final : public RnLogSink
 {
-    KyRunner runner(inOptions.arguments, inOptions.keepRunning);
+public:
+    void write(const RnLogRecord& inRecord) override { errors += KyRunConsole::isReport(inRecord) ? 1 : 0; }
+    int errors = 0;
+};
+
+/// Triggers the tools in their order, until the script side wants to leave. Gives the exit status.
+int triggerTools(const QStringList& inKeys, const KyRunner& inRunner)
+{
+    const auto count = std::make_shared<ErrorCount>();
+    getTheLogInstance().addSink(count, 3);
+    QString failure;
+    for (const QString& key : inKeys) {
+        if (failure.isEmpty() && count->errors == 0 && !inRunner.hasExited())
+            failure = KyRunTools::trigger(key);
+    }
+    servePostedEvents();
+    getTheLogInstance().removeSink(count.get());
+    if (!failure.isEmpty())
+        fail(failure);
+    return failure.isEmpty() && count->errors == 0 ? 0 : ScriptFailed;
+}
+
+/// Runs the script, prints its value if that is wanted, and serves what it has posted. Gives the exit status.
+int runScript(const KyRunOptions& inOptions, const QString& inSource, RnLogSink* inSink)
+{
     auto& facade = KyScriptAbstractInterface::getInstance(inOptions.engine);
     KyScriptEngine& engine = *facade.jsEngine(true);
     const KyRunOutput& output = KyRunOutput::install(engine);
 
     const KyScriptProgram program = programOf(inOptions, inSource);
+    auto* console = dynamic_cast<KyRunConsole*>(inSink);
+    if (console)
+        console->setHoldingBack(true);
     const QJSValue value = facade.runScript(program, false, false, false);
     if (value.isError())
         tellError(engine, value, program.infoString(),
-                  inOptions.hasCode ? program.infoString() : inOptions.scriptFile, inSink);
+                  inOptions.hasCode ? program.infoString() : inOptions.scriptFile, console);
+    if (console)
+        console->setHoldingBack(false);
     servePostedEvents();
-    if (runner.hasExited())
-        return runner.exitCode();
     if (value.isError())
         return ScriptFailed;
     if (inOptions.isPrinting)
         output.writeLine(output.textOf(value));
-    return runner.keepRunning() ? QCoreApplication::exec() : 0;
+    return 0;
+}
+
+/// Runs the script, if there is one, then the tools, and stays in the event loop as long as that is wanted.
+/// Gives the exit status.
+int run(const KyRunOptions& inOptions, const QString& inSource, RnLogSink* inSink)
+{
+    KyRunner runner(inOptions.arguments, inOptions.keepRunning);
+    int status = inOptions.hasScript() ? runScript(inOptions, inSource, inSink) : 0;
+    if (status == 0 && !inOptions.triggers.isEmpty())
+        status = triggerTools(inOptions.triggers, runner);
+    if (runner.hasExited())
+        return runner.exitCode();
+    return status == 0 && runner.keepRunning() ? QCoreApplication::exec() : status;
 }
 
 /// What is wrong with the folders of the options, or nothing.
@@ -154,7 +195,10 @@ int runOnPlatform(const KyRunOptions& inOptions, const QString& inSource, RnLogS
         return fail(loaded.errors.first());
     for (const QString& warning : loaded.warnings)
         getTheLogInstance().tracef(2, "Studies", "%s", warning.toUtf8().constData());
-    return run(inOptions, inSource, inSink);
+    QString badTool = KyRunTools::load(inOptions.host.toolFiles);
+    if (badTool.isEmpty())
+        badTool = KyRunTools::findUnknown(inOptions.triggers);
+    return badTool.isEmpty() ? run(inOptions, inSource, inSink) : fail(badTool);
 }
 
 /// Without a display, also where the environment names one that is not there, windows are drawn into memory.
@@ -202,7 +246,8 @@ int main(int argc, char** argv)
     getTheLogInstance().removeSink(early.get());
     getTheLogInstance().addSink(sink, options.logFile.isEmpty() ? 2 : 0);
     const KyRunWatchdog watchdog(options.timeoutSeconds);
-    const auto source = options.hasCode ? std::optional(options.code) : readScript(options.scriptFile, text);
+    const auto source =
+        options.scriptFile.isEmpty() ? std::optional(options.code) : readScript(options.scriptFile, text);
     if (!source)
         return fail(text);
     const int status = runOnPlatform(options, *source, sink.get());

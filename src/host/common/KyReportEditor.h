@@ -1,0 +1,73 @@
+#pragma once
+
+#include <kybase/KyEditor.h>
+
+#include <QtCore/QObject>
+#include <QtCore/QPointer>
+#include <QtGui/QTextDocument>
+
+#include <functional>
+
+/// The editor of the report: one document, which the user writes and scripts fill.
+///
+/// It is the editor with the key "Report". A host with windows shows its document and sets what opens it.
+class KyReportEditor final : public KyEditor
+{
+public:
+    static constexpr const char* Key = "Report";
+
+    KyReportEditor();
+    ~KyReportEditor() override;
+
+    QTextDocument& document() { return mDocument; }
+
+    /// What brings the editor in front of the user; empty, as at first, for nothing.
+    void setOpener(std::function<void()> inOpener) { mOpener = std::move(inOpener); }
+
+    /// One KyReportScript for all, which is never deleted, so that a script may keep it for ever; the parent
+    /// is not used.
+    QObject* scriptObject(QObject* inParent) override;
+    void open() override;
+
+private:
+    QTextDocument mDocument;
+    std::function<void()> mOpener;
+};
+
+/// The report as scripts see it. Without an editor, as at the end of the program, it is empty and stays so.
+class KyReportScript final : public QObject
+{
+    Q_OBJECT
+    /// The report as plain text, with "\n" between paragraphs.
+    Q_PROPERTY(QString text READ text WRITE setText NOTIFY textChanged)
+    /// The report with its formatting. What is written may be a fragment.
+    Q_PROPERTY(QString html READ html WRITE setHtml NOTIFY textChanged)
+
+public:
+    /// The one that there is.
+    static KyReportScript& instance();
+
+    QString text() const;
+    void setText(const QString& inText);
+    QString html() const;
+    void setHtml(const QString& inHtml);
+
+    /// Adds plain text at the end.
+    Q_INVOKABLE void append(QString inText);
+    /// Replaces each occurrence of \a inPlaceholder, in place and in its format. Gives how many there were;
+    /// an empty placeholder occurs nowhere.
+    Q_INVOKABLE int replace(QString inPlaceholder, QString inText);
+    /// Brings the editor in front of the user.
+    Q_INVOKABLE void open();
+
+Q_SIGNALS:
+    void textChanged();
+
+private:
+    friend class KyReportEditor;
+    KyReportScript();
+    void setEditor(KyReportEditor* inEditor);
+    void forget(const KyReportEditor* inEditor);
+
+    KyReportEditor* mEditor = nullptr;
+};
