@@ -4,6 +4,7 @@
 #include <kybase/KyLoadHelper.h>
 #include <kybase/KyMemoryWorklistStore.h>
 #include <kybase/KyMonitorManager.h>
+#include <kybase/KyNotifiable.h>
 #include <kybase/KySessionContext.h>
 #include <kybase/KyStudyMetrics.h>
 #include <kybase/KyViewerManager.h>
@@ -27,6 +28,7 @@ public:
     ~KyTestPlatform();
 
     OvRegistry registry;
+    KyNotifiables notifiables;
     KyClientFacts facts;
     OvPropertyPool pool;
     KyMemoryWorklistStore worklist;

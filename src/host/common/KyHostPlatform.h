@@ -5,6 +5,7 @@
 
 #include <kybase/KyApplication.h>
 #include <kybase/KyMonitorManager.h>
+#include <kybase/KyNotifiable.h>
 #include <kybase/KySessionContext.h>
 #include <kybase/KyStudyMetrics.h>
 #include <kybase/KyViewerManager.h>
@@ -54,6 +55,7 @@ public:
 private:
     const KyHostOptions mOptions;
     OvRegistry mRegistry;
+    KyNotifiables mNotifiables;
     KyClientFacts mFacts;
     OvPropertyPool mPool;
     std::unique_ptr<KyWorklistStore> mWorklist;

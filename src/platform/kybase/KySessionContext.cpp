@@ -5,12 +5,14 @@
 namespace {
 
 KySessionContext* sCurrent = nullptr;
+int sSessions = 0;
 
 } // namespace
 
 KySessionComponent::~KySessionComponent() = default;
 
 KySessionContext::KySessionContext()
+    : mId{++sSessions}
 {
     sCurrent = this;
 }
@@ -26,6 +28,11 @@ KySessionContext::~KySessionContext()
 KySessionContext* KySessionContext::currentInstance()
 {
     return sCurrent;
+}
+
+OvSessionContextID KySessionContext::currentInstanceID()
+{
+    return sCurrent ? sCurrent->id() : OvSessionContextID();
 }
 
 KySessionComponent* KySessionContext::find(std::type_index inType) const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <ovbase/OvSessionContextID.h>
+
 #include <memory>
 #include <typeindex>
 #include <utility>
@@ -35,6 +37,12 @@ public:
     /// Null when there is no session.
     static KySessionContext* currentInstance();
 
+    /// The id of the current session; the default one when there is none.
+    static OvSessionContextID currentInstanceID();
+
+    /// Names this session and no other of the process. Sessions are counted from 1.
+    OvSessionContextID id() const { return mId; }
+
     /// The component of class \a T, which the context owns. With \a inCreate a missing one is made by
     /// T::create; null when it is missing and that is not wanted or gives none. After a null the next call
     /// tries again.
@@ -59,5 +67,6 @@ private:
         return component;
     }
 
+    const OvSessionContextID mId;
     std::vector<std::pair<std::type_index, std::unique_ptr<KySessionComponent>>> mComponents;
 };

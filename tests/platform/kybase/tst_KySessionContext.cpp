@@ -52,6 +52,7 @@ private slots:
     void thereIsNoSessionAtFirst();
     void constructionBeginsAndDestructionEndsTheSession();
     void theEndOfAnOlderSessionLeavesTheNewerOne();
+    void eachSessionHasAnIdOfItsOwn();
     void aMissingComponentIsMadeOnlyOnDemand();
     void aComponentIsMadeOnce();
     void componentsAreToldApartByClass();
@@ -85,6 +86,20 @@ void tst_KySessionContext::theEndOfAnOlderSessionLeavesTheNewerOne()
     KySessionContext newer;
     older.reset();
     QCOMPARE(KySessionContext::currentInstance(), &newer);
+}
+
+void tst_KySessionContext::eachSessionHasAnIdOfItsOwn()
+{
+    QCOMPARE(KySessionContext::currentInstanceID(), OvSessionContextID());
+    auto older = std::make_unique<KySessionContext>();
+    const OvSessionContextID first = older->id();
+    QVERIFY(first.value > 0);
+    QCOMPARE(KySessionContext::currentInstanceID(), first);
+    KySessionContext newer;
+    QVERIFY(newer.id() != first);
+    QCOMPARE(KySessionContext::currentInstanceID(), newer.id());
+    older = std::make_unique<KySessionContext>();
+    QVERIFY(older->id() != first && older->id() != newer.id());
 }
 
 void tst_KySessionContext::aMissingComponentIsMadeOnlyOnDemand()

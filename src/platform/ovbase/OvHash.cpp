@@ -1,0 +1,8 @@
+#include "OvHash.h"
+
+#include <QUuid>
+
+QByteArray Ovg::generateHash32()
+{
+    return QUuid::createUuid().toRfc4122().toHex();
+}
