@@ -163,9 +163,9 @@ void tst_KyScriptEngine::emptyMaskInstallsOnlyTheFourFunctions()
 void tst_KyScriptEngine::fullMaskInstallsEveryName()
 {
     Engine engine(-1);
-    QCOMPARE(globalNames(engine),
-             QStringList({"FileDialog", "FileWriter", "Global", "Message", "Orvane", "StudyList", "System",
-                          "XmlFileWriter", "btoa", "collectGarbage", "guiDate", "guiTime"}));
+    QCOMPARE(globalNames(engine), QStringList({"FileDialog", "FileWriter", "Global", "IdGenerator", "Message",
+                                               "Orvane", "StudyList", "System", "Timer", "XmlFileWriter",
+                                               "btoa", "collectGarbage", "guiDate", "guiTime"}));
 }
 
 void tst_KyScriptEngine::eachOptionInstallsItsName_data()
@@ -180,6 +180,8 @@ void tst_KyScriptEngine::eachOptionInstallsItsName_data()
     QTest::newRow("XmlFileWriter") << 0x80 << "XmlFileWriter";
     QTest::newRow("FileWriter") << 0x400 << "FileWriter";
     QTest::newRow("FileDialog") << 0x4000 << "FileDialog";
+    QTest::newRow("Timer") << 0x8000 << "Timer";
+    QTest::newRow("IdGenerator") << 0x200000 << "IdGenerator";
 }
 
 void tst_KyScriptEngine::eachOptionInstallsItsName()

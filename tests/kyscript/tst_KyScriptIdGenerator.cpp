@@ -78,7 +78,8 @@ void tst_KyScriptIdGenerator::scriptsMakeThem()
 {
     QCOMPARE(run("typeof IdGenerator").toString(), QStringLiteral("function"));
     QCOMPARE(run("typeof new IdGenerator()").toString(), QStringLiteral("object"));
-    QVERIFY(run("var g = new IdGenerator(); g.asciiHash('abc') === new IdGenerator().asciiHash('abc')").toBool());
+    QVERIFY(
+        run("var g = new IdGenerator(); g.asciiHash('abc') === new IdGenerator().asciiHash('abc')").toBool());
     QVERIFY(qobject_cast<KyScriptIdGenerator*>(run("g").toQObject()));
     QCOMPARE(run("g").toQObject()->parent(), nullptr);
 }
@@ -108,10 +109,12 @@ void tst_KyScriptIdGenerator::uuidHasItsForm_data()
 {
     QTest::addColumn<QString>("call");
     QTest::addColumn<QString>("form");
-    const QString plain = QStringLiteral("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}");
+    const QString plain =
+        QStringLiteral("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}");
     QTest::newRow("no argument") << "generateUuid()" << plain;
     QTest::newRow("true") << "generateUuid(true)" << plain;
-    QTest::newRow("false") << "generateUuid(false)" << "\\{" + plain + "\\}";
+    QTest::newRow("false") << "generateUuid(false)"
+                           << "\\{" + plain + "\\}";
 }
 
 void tst_KyScriptIdGenerator::uuidHasItsForm()
@@ -148,7 +151,8 @@ void tst_KyScriptIdGenerator::asciiHashOfKnownTexts()
     QFETCH(int, digits);
     QFETCH(QString, hash);
     QCOMPARE(mGenerator.asciiHash(text, digits), hash);
-    QCOMPARE(run(QStringLiteral("new IdGenerator().asciiHash('%1', %2)").arg(text).arg(digits)).toString(), hash);
+    QCOMPARE(run(QStringLiteral("new IdGenerator().asciiHash('%1', %2)").arg(text).arg(digits)).toString(),
+             hash);
 }
 
 void tst_KyScriptIdGenerator::asciiHashHasTwelveDigits()
@@ -161,7 +165,8 @@ void tst_KyScriptIdGenerator::asciiHashHasTwelveDigits()
 void tst_KyScriptIdGenerator::numbersOfDigitsOutsideCountAsTwenty_data()
 {
     QTest::addColumn<int>("digits");
-    for (const int digits : {0, -1, 21, 22, 1000, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()})
+    for (const int digits :
+         {0, -1, 21, 22, 1000, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()})
         QTest::addRow("%d", digits) << digits;
 }
 
@@ -177,14 +182,16 @@ void tst_KyScriptIdGenerator::sigmoidHashOfKnownTexts()
     QCOMPARE(mGenerator.sigmoidHash("abc"), float(0x363E99A9 / 4294967296.0));
     QCOMPARE(QString::number(double(mGenerator.sigmoidHash("abc")), 'f', 5), QStringLiteral("0.21189"));
     QCOMPARE(run("new IdGenerator().sigmoidHash('abc').toFixed(5)").toString(), QStringLiteral("0.21189"));
-    QCOMPARE(run("new IdGenerator().sigmoidHash('abc', 0)").toNumber(), double(mGenerator.sigmoidHash("abc")));
+    QCOMPARE(run("new IdGenerator().sigmoidHash('abc', 0)").toNumber(),
+             double(mGenerator.sigmoidHash("abc")));
     QCOMPARE(mGenerator.sigmoidHash(""), float(0xEEA339DA / 4294967296.0));
 }
 
 void tst_KyScriptIdGenerator::startsOutsideCountAsNought_data()
 {
     QTest::addColumn<int>("start");
-    for (const int start : {17, 18, 20, 1000, -1, -16, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()})
+    for (const int start :
+         {17, 18, 20, 1000, -1, -16, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()})
         QTest::addRow("%d", start) << start;
 }
 
@@ -257,14 +264,22 @@ void tst_KyScriptIdGenerator::argumentsAreConvertedAsEver_data()
 {
     QTest::addColumn<QString>("call");
     QTest::addColumn<QString>("same");
-    QTest::newRow("number as text") << "asciiHash(5)" << "asciiHash('5')";
-    QTest::newRow("object as text") << "asciiHash({})" << "asciiHash('[object Object]')";
-    QTest::newRow("null as text") << "asciiHash(null)" << "asciiHash('')";
-    QTest::newRow("fraction of digits") << "asciiHash('a', 2.9)" << "asciiHash('a', 2)";
-    QTest::newRow("no number of digits") << "asciiHash('a', 'x')" << "asciiHash('a', 20)";
-    QTest::newRow("undefined digits") << "asciiHash('a', undefined)" << "asciiHash('a', 12)";
-    QTest::newRow("no number as start") << "sigmoidHash('a', NaN)" << "sigmoidHash('a', 0)";
-    QTest::newRow("undefined start") << "sigmoidHash('a', undefined)" << "sigmoidHash('a')";
+    QTest::newRow("number as text") << "asciiHash(5)"
+                                    << "asciiHash('5')";
+    QTest::newRow("object as text") << "asciiHash({})"
+                                    << "asciiHash('[object Object]')";
+    QTest::newRow("null as text") << "asciiHash(null)"
+                                  << "asciiHash('')";
+    QTest::newRow("fraction of digits") << "asciiHash('a', 2.9)"
+                                        << "asciiHash('a', 2)";
+    QTest::newRow("no number of digits") << "asciiHash('a', 'x')"
+                                         << "asciiHash('a', 20)";
+    QTest::newRow("undefined digits") << "asciiHash('a', undefined)"
+                                      << "asciiHash('a', 12)";
+    QTest::newRow("no number as start") << "sigmoidHash('a', NaN)"
+                                        << "sigmoidHash('a', 0)";
+    QTest::newRow("undefined start") << "sigmoidHash('a', undefined)"
+                                     << "sigmoidHash('a')";
 }
 
 void tst_KyScriptIdGenerator::argumentsAreConvertedAsEver()

@@ -208,7 +208,8 @@ void tst_KyScriptTimer::aNegativeTimeStops()
 
 void tst_KyScriptTimer::aStoppedTimerStartsAgain()
 {
-    run("var t = new Timer(); t.timeout.connect(function() { ++n; }); t.stop(); t.start(1); t.stop(); t.start(1)");
+    run("var t = new Timer(); t.timeout.connect(function() { ++n; }); t.stop(); t.start(1); t.stop(); "
+        "t.start(1)");
     QTRY_VERIFY(count("n") >= 1);
 }
 
@@ -229,13 +230,15 @@ void tst_KyScriptTimer::remainingTimeOfAnOverdueTimerIsNought()
 void tst_KyScriptTimer::severalHandlersAreCalledInOrder()
 {
     run("var order = ''; var t = new Timer(); t.setSingleShot(true);"
-        "t.timeout.connect(function() { order += 'a'; }); t.timeout.connect(function() { order += 'b'; }); t.start(1)");
+        "t.timeout.connect(function() { order += 'a'; }); t.timeout.connect(function() { order += 'b'; }); "
+        "t.start(1)");
     QTRY_COMPARE(run("order").toString(), QStringLiteral("ab"));
 }
 
 void tst_KyScriptTimer::aHandlerIsDisconnected()
 {
-    run("var t = new Timer(); function f() { ++n; t.timeout.disconnect(f); } t.timeout.connect(f); t.start(1)");
+    run("var t = new Timer(); function f() { ++n; t.timeout.disconnect(f); } t.timeout.connect(f); "
+        "t.start(1)");
     QTRY_COMPARE(count("n"), 1);
     QTest::qWait(20);
     QCOMPARE(count("n"), 1);
@@ -251,13 +254,15 @@ void tst_KyScriptTimer::handlersRunInNestedLoops()
 void tst_KyScriptTimer::aHandlerThatFailsStopsNothing()
 {
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Error: no"));
-    run("var t = new Timer(); t.timeout.connect(function() { if (++n === 1) throw new Error('no'); }); t.start(1)");
+    run("var t = new Timer(); t.timeout.connect(function() { if (++n === 1) throw new Error('no'); }); "
+        "t.start(1)");
     QTRY_VERIFY(count("n") >= 3);
 }
 
 void tst_KyScriptTimer::aHandlerMayStopAndStartItsTimer()
 {
-    run("var t = new Timer(); t.timeout.connect(function() { t.stop(); if (++n < 3) t.start(1); }); t.start(1)");
+    run("var t = new Timer(); t.timeout.connect(function() { t.stop(); if (++n < 3) t.start(1); }); "
+        "t.start(1)");
     QTRY_COMPARE(count("n"), 3);
     QTest::qWait(20);
     QCOMPARE(count("n"), 3);
@@ -265,7 +270,8 @@ void tst_KyScriptTimer::aHandlerMayStopAndStartItsTimer()
 
 void tst_KyScriptTimer::aTimerMayEndInItsHandler()
 {
-    const auto made = timer("var t = new Timer(); t.timeout.connect(function() { ++n; t.destroy(); }); t.start(1); t");
+    const auto made =
+        timer("var t = new Timer(); t.timeout.connect(function() { ++n; t.destroy(); }); t.start(1); t");
     QTRY_VERIFY(!made);
     QVERIFY(count("n") >= 1);
 }
@@ -283,10 +289,11 @@ void tst_KyScriptTimer::aTimerMayEndInANestedLoopOfItsHandler()
 
 void tst_KyScriptTimer::aTimerMayBeCollectedInANestedLoopOfItsHandler()
 {
-    const auto made = timer("var t = new Timer(), u = new Timer(), done = false;"
-                            "u.setSingleShot(true); u.timeout.connect(function() { t = null; collectGarbage(); });"
-                            "t.timeout.connect(function() { u.start(1); waiter.wait(50); done = true; });"
-                            "t.setSingleShot(true); t.start(1); t");
+    const auto made =
+        timer("var t = new Timer(), u = new Timer(), done = false;"
+              "u.setSingleShot(true); u.timeout.connect(function() { t = null; collectGarbage(); });"
+              "t.timeout.connect(function() { u.start(1); waiter.wait(50); done = true; });"
+              "t.setSingleShot(true); t.start(1); t");
     QTRY_VERIFY(run("done").toBool());
     collect();
     QVERIFY(!made);
@@ -299,7 +306,8 @@ void tst_KyScriptTimer::anUnreferencedTimerIsCollected_data()
     QTest::newRow("running") << "(function() { var t = new Timer(); t.start(1); return t; })()";
     QTest::newRow("running with a handler")
         << "(function() { var t = new Timer(); t.timeout.connect(count); t.start(1); return t; })()";
-    QTest::newRow("held by a variable that has changed") << "var t = new Timer(); t.start(1); var r = t; t = null; r";
+    QTest::newRow("held by a variable that has changed")
+        << "var t = new Timer(); t.start(1); var r = t; t = null; r";
 }
 
 void tst_KyScriptTimer::anUnreferencedTimerIsCollected()
@@ -326,8 +334,9 @@ void tst_KyScriptTimer::aTimerIsKeptByAGlobalVariable()
 
 void tst_KyScriptTimer::aTimerIsKeptByItsHandler()
 {
-    const auto made = timer("(function() { var t = new Timer(); t.timeout.connect(function() { if (++n === 3) t.stop(); });"
-                            "t.start(1); return t; })()");
+    const auto made =
+        timer("(function() { var t = new Timer(); t.timeout.connect(function() { if (++n === 3) t.stop(); });"
+              "t.start(1); return t; })()");
     collect();
     QVERIFY(made);
     QTRY_COMPARE(count("n"), 3);
@@ -358,12 +367,18 @@ void tst_KyScriptTimer::argumentsAreConvertedAsEver_data()
 {
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("value");
-    QTest::newRow("fraction") << "t.start(1000000.9); t.remainingTime() > 0" << "true";
-    QTest::newRow("no number is nought") << "t.start('x'); t.remainingTime() <= 0" << "true";
-    QTest::newRow("text of a number") << "t.start('1000000'); t.remainingTime() > 900000" << "true";
-    QTest::newRow("no argument") << "try { t.start(); } catch (e) { String(e.name); }" << "Error";
-    QTest::newRow("text as truth value") << "t.setSingleShot('false'); t.isSingleShot()" << "true";
-    QTest::newRow("null as truth value") << "t.setSingleShot(null); t.isSingleShot()" << "false";
+    QTest::newRow("fraction") << "t.start(1000000.9); t.remainingTime() > 0"
+                              << "true";
+    QTest::newRow("no number is nought") << "t.start('x'); t.remainingTime() <= 0"
+                                         << "true";
+    QTest::newRow("text of a number") << "t.start('1000000'); t.remainingTime() > 900000"
+                                      << "true";
+    QTest::newRow("no argument") << "try { t.start(); } catch (e) { String(e.name); }"
+                                 << "Error";
+    QTest::newRow("text as truth value") << "t.setSingleShot('false'); t.isSingleShot()"
+                                         << "true";
+    QTest::newRow("null as truth value") << "t.setSingleShot(null); t.isSingleShot()"
+                                         << "false";
 }
 
 void tst_KyScriptTimer::argumentsAreConvertedAsEver()

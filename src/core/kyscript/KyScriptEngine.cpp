@@ -6,6 +6,7 @@
 #include "KyScriptFileDialog.h"
 #include "KyScriptFileWriter.h"
 #include "KyScriptGlobalLink.h"
+#include "KyScriptIdGenerator.h"
 #include "KyScriptInterface.h"
 #include "KyScriptLog.h"
 #include "KyScriptMessage.h"
@@ -16,6 +17,7 @@
 #include "KyScriptRunLog.h"
 #include "KyScriptStudy.h"
 #include "KyScriptSystem.h"
+#include "KyScriptTimer.h"
 #include "KyScriptXmlFileWriter.h"
 
 #include <kybase/KyTool.h>
@@ -107,6 +109,10 @@ void KyScriptEngine::installGlobals()
         addGlobalObjectFromMetaObject<KyScriptFileWriter>(*this, QStringLiteral("FileWriter"));
     if (mOptions & ScriptFileDialog)
         addGlobalObjectFromMetaObject<KyScriptFileDialog>(*this, QStringLiteral("FileDialog"));
+    if (mOptions & ScriptIdGenerator)
+        addGlobalObjectFromMetaObject<KyScriptIdGenerator>(*this, QStringLiteral("IdGenerator"));
+    if (mOptions & ScriptTimer)
+        addGlobalObjectFromMetaObject<KyScriptTimer>(*this, QStringLiteral("Timer"));
 
     if (mOptions & ScriptGlobal)
         mGlobalObject.setProperty(QStringLiteral("Global"), newObject());
