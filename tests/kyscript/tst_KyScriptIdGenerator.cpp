@@ -214,7 +214,7 @@ void tst_KyScriptIdGenerator::hashesAgreeWithOthers_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QJsonArray>("ascii");
     QTest::addColumn<QJsonArray>("sigmoid");
-    QFile table(QFINDTESTDATA("data/id_hashes.jsonl"));
+    QFile table(QStringLiteral(ID_HASHES));
     QVERIFY(table.open(QIODevice::ReadOnly));
     int count = 0;
     while (!table.atEnd()) {
