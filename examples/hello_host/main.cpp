@@ -1,4 +1,4 @@
-// A host in a few lines: what a module of a client does to have its work scripted.
+// A host in a few lines: a module of a client that has its work scripted.
 
 #include <kyscript/KyScriptExternalMetaObject.h>
 #include <kyscript/KyScriptExternalObject.h>
@@ -11,62 +11,55 @@
 
 #include <QtWidgets/QApplication>
 
-#include <cstdio>
-
-class Desk : public KyScriptExternalObject // one object for every engine, as the global "Desk"
+struct Note : QObject // an object or a class for scripts: what they see are its properties and invokables
 {
     Q_OBJECT
-public:
-    using KyScriptExternalObject::KyScriptExternalObject;
-    Q_INVOKABLE void say(QString inText) { std::puts(qPrintable(inText)); }
-};
-
-class Note : public QObject // a class for every engine: new Note()
-{
-    Q_OBJECT
-    Q_PROPERTY(QString text MEMBER mText)
+    Q_PROPERTY(QString text MEMBER text)
 public:
     Q_INVOKABLE Note() {}
-
-private:
-    QString mText;
+    Q_INVOKABLE void print() { qInfo("%s", qPrintable(text)); }
+    QString text;
 };
 
 struct NoteClass : KyScriptExternalMetaObject
 {
     NoteClass()
-        : KyScriptExternalMetaObject(nullptr, QStringLiteral("Note"), &Note::staticMetaObject)
+        : KyScriptExternalMetaObject(nullptr, "Note", &Note::staticMetaObject)
     {}
-    ~NoteClass() override = default;
 };
 
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
-    OvRegistry registry(nullptr); // settings in memory
+    OvRegistry registry(nullptr); // the platform: settings in memory, and a session without studies
     OvPropertyPool pool;
-    KySessionContext session; // without studies
-    Desk desk(nullptr, QStringLiteral("Desk"), ScriptExternalKindA);
-    NoteClass noteClass;
+    KySessionContext session;
 
-    KyScriptRunner runner;
-    const KyScriptProgram definitions(
-        QStringLiteral("function greet(name, times) {"
-                       "  var note = new Note();"
-                       "  note.text = 'Hello ' + name + ' from ' + Host.objectName;"
-                       "  for (var i = 0; i < times; ++i) Desk.say(note.text);"
-                       "  return times; }"),
-        "greetings");
-    if (!runner.initEngine(ScriptExternalKindA | ScriptExternalMetaObjects, definitions))
+    NoteClass noteClass; // for every engine, from now on: "new Note()"...
+    Note board;          // ... and the object "Board"
+    KyScriptExternalObject::registerExternalInstance(&board, "Board", ScriptExternalKindA);
+
+    const QString definitions = R"(
+        function greet(name, times) {
+            var note = new Note();
+            note.text = Draft.text + " " + name;
+            for (var i = 0; i < times; ++i) note.print();
+            Board.text = "greeted " + name;
+        })";
+    KyScriptRunner runner; // a private engine, with what its options name
+    if (!runner.initEngine(ScriptExternalKindA | ScriptExternalMetaObjects,
+                           KyScriptProgram(definitions, "greetings")))
         return 1;
+
+    auto* draft = new Note; // for this runner's scripts, until its context, which owns it, is closed
+    draft->text = "Hello";
     runner.createCurrentContext();
-    auto* host = new QObject; // the context owns it
-    host->setObjectName(QStringLiteral("C++"));
-    runner.addScriptObjectToCurrentContext(QStringLiteral("Host"), host);
-    const QJSValue times =
-        runner.callFunction(runner.getCurrentContextFunction(QStringLiteral("greet")), "Ada", 2);
+    runner.addScriptObjectToCurrentContext("Draft", draft);
+    const QJSValue result = runner.callFunction(runner.getCurrentContextFunction("greet"), "Ada", 2);
     runner.destroyCurrentContext();
-    return times.toInt() == 2 ? 0 : 1;
+
+    board.print();
+    return result.isError() ? 1 : 0;
 }
 
 #include "main.moc"

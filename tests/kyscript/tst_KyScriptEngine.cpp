@@ -40,6 +40,23 @@ public:
     static inline int sAlive = 0;
 };
 
+/// Tells a script whether it is on the stack of its engine.
+class StackWatch : public QObject
+{
+    Q_OBJECT
+public:
+    explicit StackWatch(KyScriptEngine& inEngine)
+        : mEngine(inEngine)
+    {
+        QJSEngine::setObjectOwnership(this, QJSEngine::CppOwnership);
+        inEngine.globalObject().setProperty(QStringLiteral("watch"), inEngine.newQObject(this));
+    }
+    Q_INVOKABLE bool isOnStack() { return mEngine.isOnStack(); }
+
+private:
+    KyScriptEngine& mEngine;
+};
+
 class tst_KyScriptEngine : public QObject
 {
     Q_OBJECT
@@ -95,6 +112,8 @@ private slots:
 
     void extAccWithoutApplicationObjectIsEmpty();
     void engineOfAnObjectIsFound();
+    void scriptOnTheStackIsTold_data();
+    void scriptOnTheStackIsTold();
 
 private:
     std::unique_ptr<KyTestPlatform> mPlatform;
@@ -631,6 +650,29 @@ void tst_KyScriptEngine::engineOfAnObjectIsFound()
     QCOMPARE(KyScriptEngine::of(&known), &engine);
     QVERIFY(!KyScriptEngine::of(&unknown));
     QVERIFY(!KyScriptEngine::of(&foreign));
+}
+
+void tst_KyScriptEngine::scriptOnTheStackIsTold_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::newRow("plain") << "";
+    QTest::newRow("class of errors replaced") << "Error = TypeError = null;";
+    QTest::newRow("prototypes changed") << "Object.defineProperty(Object.prototype, 'stack', {value: ''});"
+                                           "Object.defineProperty(Error.prototype, 'stack', {value: ''});";
+}
+
+/// Functions that Qt calls without a run, as it does handlers of signals.
+void tst_KyScriptEngine::scriptOnTheStackIsTold()
+{
+    QFETCH(QString, before);
+    KyScriptEngine engine(nullptr, 0);
+    StackWatch watch(engine);
+    QVERIFY(!engine.isOnStack());
+    QVERIFY(engine.runScript(KyScriptProgram("return watch.isOnStack()", "")).toBool());
+    const QJSValue handler =
+        engine.QJSEngine::evaluate("(function() {" + before + "return watch.isOnStack(); })");
+    QCOMPARE(handler.call().toString(), QStringLiteral("true"));
+    QVERIFY(!engine.isOnStack());
 }
 
 KY_TEST_MAIN(tst_KyScriptEngine)

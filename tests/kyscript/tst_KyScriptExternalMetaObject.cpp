@@ -45,7 +45,10 @@ class Offer : public KyScriptExternalMetaObject
 public:
     explicit Offer(const QString& inName, const QMetaObject& inClass = Scale::staticMetaObject,
                    QObject* inParent = nullptr)
-        : KyScriptExternalMetaObject(inParent, inName, &inClass)
+        : Offer(inName, &inClass, inParent)
+    {}
+    Offer(const QString& inName, const QMetaObject* inClass, QObject* inParent = nullptr)
+        : KyScriptExternalMetaObject(inParent, inName, inClass)
     {}
 };
 
@@ -87,6 +90,7 @@ private slots:
 
     void emptyNameIsAContractReport();
     void duplicateIsAContractReportAndTheFirstStands();
+    void offerWithoutAClassIsAContractReportAndPassedOver();
     void endedOfferLeavesTheNextOfItsName();
     void endedOfferStaysInEngines();
     void nameIsFreeAfterTheEnd();
@@ -273,6 +277,20 @@ void tst_KyScriptExternalMetaObject::duplicateIsAContractReportAndTheFirstStands
     Offer lower("twice", Other::staticMetaObject); // names mind case
     Engine engine;
     QCOMPARE(engine.text("new Twice().of(1)"), QStringLiteral("2"));
+}
+
+void tst_KyScriptExternalMetaObject::offerWithoutAClassIsAContractReportAndPassedOver()
+{
+    mContracts->expect("inMetaObject", "No class for external script meta object 'None'");
+    Offer none("None", nullptr);
+    QCOMPARE(none.objectName(), QStringLiteral("None"));
+    Engine engine;
+    QCOMPARE(engine.text("typeof None + ('None' in this)"), QStringLiteral("undefinedfalse"));
+
+    // Its name is taken all the same, but a class of that name serves.
+    mContracts->expect("it == objects.end()", takenMessage("None"));
+    Offer second("None");
+    QCOMPARE(engine.text("new None().of(21)"), QStringLiteral("42"));
 }
 
 void tst_KyScriptExternalMetaObject::endedOfferLeavesTheNextOfItsName()

@@ -10,6 +10,7 @@
 #include <kyscript/KyScriptRunner.h>
 
 #include <QDateTime>
+#include <QPoint>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QTest>
@@ -25,6 +26,8 @@ public:
         QJSEngine::setObjectOwnership(this, QJSEngine::CppOwnership);
         inEngine.globalObject().setProperty(QStringLiteral("host"), inEngine.newQObject(this));
     }
+    Q_PROPERTY(QPoint place MEMBER mPlace)
+    Q_PROPERTY(QList<int> numbers MEMBER mNumbers)
     Q_INVOKABLE QJSValue run(QString inSource)
     {
         return mEngine.runScript(KyScriptProgram(inSource, "inner"), false, false, false);
@@ -32,6 +35,8 @@ public:
 
 private:
     KyScriptEngine& mEngine;
+    QPoint mPlace{3, 4};
+    QList<int> mNumbers{1, 2};
 };
 
 /// A host object that scripts keep.
@@ -91,6 +96,8 @@ private slots:
     void replacedByNoMapSavesNothing();
     void replacedByAnObjectSavesItsKeys_data();
     void replacedByAnObjectSavesItsKeys();
+    void anyObjectCountsAsWhatQtMakesOfIt_data();
+    void anyObjectCountsAsWhatQtMakesOfIt();
     void frozenGlobalIsFreshInTheNextRun();
     void unwritableGlobalDoesNoHarm();
     void accessorGlobalDoesNoHarm_data();
@@ -113,6 +120,11 @@ private slots:
     void disguisedObjectsDoNoHarm_data();
     void disguisedObjectsDoNoHarm();
     void replacedBuiltinsDoNoHarm();
+    void prototypesStayOutside_data();
+    void prototypesStayOutside();
+    void unreadableGlobalIsLoggedAndNotSaved_data();
+    void unreadableGlobalIsLoggedAndNotSaved();
+    void exhaustedStackLeavesGlobalAlone();
 
     // nested runs
     void nestedRunReplacesTheObject();
@@ -465,6 +477,7 @@ void tst_KyScriptGlobal::typesInTheStore_data()
                                 << QVariant(
                                        QRegularExpression("a", QRegularExpression::CaseInsensitiveOption));
     QTest::newRow("bytes") << "new Uint8Array([97, 98]).buffer" << QVariant(QByteArray("ab"));
+    QTest::newRow("value of the host") << "host.place" << QVariant(QPoint(3, 4));
     QTest::newRow("list") << "[1, 'x']" << QVariant(QVariantList{1, "x"});
     QTest::newRow("map") << "{a: {b: [1]}}"
                          << QVariant(QVariantMap{{"a", QVariantMap{{"b", QVariantList{1}}}}});
@@ -475,6 +488,7 @@ void tst_KyScriptGlobal::typesInTheStore()
     QFETCH(QString, value);
     QFETCH(QVariant, stored);
     Engine engine;
+    Host host(engine);
     engine.run("Global.v = " + value);
     QCOMPARE(store().property("v").metaType(), stored.metaType());
     QCOMPARE(store().property("v"), stored);
@@ -619,11 +633,33 @@ void tst_KyScriptGlobal::symbolKeysAreIgnored()
 void tst_KyScriptGlobal::replacedByNoMapSavesNothing_data()
 {
     QTest::addColumn<QString>("statement");
-    for (const char* value :
-         {"5", "'text'", "true", "null", "undefined", "[1, 2]", "Object.assign([], {a: 9})", "new Date(0)",
-          "(function() {})", "Object.assign(function() {}, {a: 9})", "/x/", "Symbol('x')", "host",
-          "new ArrayBuffer(2)", "Object.assign(new Date(0), {a: 9})", "new Map([['a', 9]])",
-          "new Set(['a'])"})
+    for (const char* value : {"5",
+                              "'text'",
+                              "true",
+                              "null",
+                              "undefined",
+                              "[1, 2]",
+                              "Object.assign([], {a: 9})",
+                              "new Date(0)",
+                              "(function() {})",
+                              "Object.assign(function() {}, {a: 9})",
+                              "/x/",
+                              "Symbol('x')",
+                              "host",
+                              "new ArrayBuffer(2)",
+                              "Object.assign(new Date(0), {a: 9})",
+                              "new Map([['a', 9]])",
+                              "new Set(['a'])",
+                              "new Number(5)",
+                              "new Boolean(true)",
+                              "Promise.resolve(1)",
+                              "new Error('x')",
+                              "new URL('http://host/')",
+                              "host.place",
+                              "host.numbers",
+                              "host.constructor",
+                              "Object(Symbol())",
+                              "Math"})
         QTest::newRow(value) << QStringLiteral("Global = ") + value;
     QTest::newRow("deleted") << "delete Global";
     QTest::newRow("deleted by its object") << "delete this.Global";
@@ -663,6 +699,95 @@ void tst_KyScriptGlobal::replacedByAnObjectSavesItsKeys()
     first.run("Global = " + value);
     for (Engine* engine : {&first, &second})
         QCOMPARE(engine->text("JSON.stringify(Global)"), QStringLiteral("{\"a\":1,\"b\":2,\"c\":{\"d\":3}}"));
+}
+
+void tst_KyScriptGlobal::anyObjectCountsAsWhatQtMakesOfIt_data()
+{
+    QTest::addColumn<QString>("value");
+    for (const char* value : {"{a: 9}",
+                              "Object.create(null)",
+                              "Object.create({a: 9})",
+                              "new Error('x')",
+                              "Object.assign(new Error('x'), {a: 9})",
+                              "new (class extends Error { constructor() { super(); this.a = 9; } })",
+                              "Promise.resolve(1)",
+                              "Object.assign(Promise.resolve(1), {a: 9})",
+                              "new Uint8Array([1, 2])",
+                              "new Uint8Array(0)",
+                              "new Int16Array([-1, 2])",
+                              "new Float64Array([1.5, 2, -0])",
+                              "new Uint8ClampedArray([300])",
+                              "new DataView(new ArrayBuffer(2))",
+                              "new ArrayBuffer(2)",
+                              "new SharedArrayBuffer(2)",
+                              "new String('ab')",
+                              "new String('')",
+                              "Object.assign(new String('ab'), {a: 9})",
+                              "new (class extends String {})('ab')",
+                              "new Number(5)",
+                              "Object.assign(new Number(5), {a: 9})",
+                              "new Boolean(false)",
+                              "(function() { return arguments; })(1, 'x')",
+                              "(function() { 'use strict'; return arguments; })(1, 'x')",
+                              "new Date(0)",
+                              "new Date(NaN)",
+                              "Object.assign(new Date(0), {a: 9})",
+                              "new (class extends Date {})(0)",
+                              "Object.create(Date.prototype)",
+                              "/x/i",
+                              "Object.assign(/x/, {a: 9})",
+                              "RegExp.prototype",
+                              "new Map([['a', 9]])",
+                              "Object.assign(new Map(), {a: 9})",
+                              "new Set(['a'])",
+                              "new WeakMap()",
+                              "new WeakSet()",
+                              "[1, [2]]",
+                              "Object.assign([1], {a: 9})",
+                              "new (class extends Array {})",
+                              "Object.create(Array.prototype)",
+                              "Array.prototype",
+                              "new URL('http://host/')",
+                              "new Proxy({a: 9}, {})",
+                              "new Proxy([1, 2], {})",
+                              "new Proxy(new Date(0), {})",
+                              "new Proxy(new Uint8Array([1]), {})",
+                              "Math",
+                              "JSON",
+                              "Reflect",
+                              "(function*() { yield 1; })()",
+                              "[1][Symbol.iterator]()",
+                              "new Map().entries()",
+                              "Object(1)",
+                              "Object('ab')",
+                              "host.place",
+                              "host.numbers"})
+        QTest::newRow(value) << value;
+}
+
+/// The same as the literal conversion, QJSValue::toVariant(), for everything that this can be asked about.
+void tst_KyScriptGlobal::anyObjectCountsAsWhatQtMakesOfIt()
+{
+    QFETCH(QString, value);
+    Engine engine;
+    Host host(engine);
+    const QVariant form = engine.QJSEngine::evaluate("(" + value + ")").toVariant();
+    QVERIFY(form.isValid());
+
+    const QVariantMap before{{"0", "old"}, {"a", 1}};
+    QVariantMap expected = before;
+    if (form.typeId() == QMetaType::QVariantMap)
+        expected.insert(form.toMap());
+    for (auto it = before.begin(); it != before.end(); ++it)
+        store().setValue(it.key(), it.value());
+    engine.run("Global = " + value + "; 1");
+    QVERIFY(!engine.hasError());
+    QCOMPARE(store().values(), expected);
+
+    engine.run("Global.inside = {list: [" + value + "]}; 1");
+    QVERIFY(!engine.hasError());
+    expected.insert("inside", QVariantMap{{"list", QVariantList{form}}});
+    QCOMPARE(store().values(), expected);
 }
 
 void tst_KyScriptGlobal::frozenGlobalIsFreshInTheNextRun()
@@ -940,6 +1065,131 @@ void tst_KyScriptGlobal::replacedBuiltinsDoNoHarm()
     QCOMPARE(engine.text("JSON.stringify(Global)"), QStringLiteral("{\"a\":1,\"b\":2,\"o\":{\"x\":1}}"));
     engine.run("Global.o.x = 3; Global.a = 4");
     QCOMPARE(engine.text("JSON.stringify(Global)"), QStringLiteral("{\"a\":4,\"b\":2,\"o\":{\"x\":3}}"));
+}
+
+void tst_KyScriptGlobal::prototypesStayOutside_data()
+{
+    QTest::addColumn<QString>("statement");
+    const auto row = [](const char* inName, const QString& inStatement) {
+        QTest::newRow(inName) << inStatement;
+    };
+    const QString thrower = "function() { throw new Error('x'); }";
+    const QString accessor = "{get: function() { return 5; }, set: function() {}, configurable: true}";
+    const QString throwing = "{get: " + thrower + ", set: " + thrower + "}";
+    row("nothing", "1");
+    // Values that are set, one of them for the first time, and Global itself.
+    for (const char* name : {"foo", "a", "fresh", "Global"}) {
+        const QString of = "Object.defineProperty(Object.prototype, '" + QString(name) + "', ";
+        QTest::addRow("value of %s", name) << "Object.prototype." + QString(name) + " = 5";
+        QTest::addRow("hidden value of %s", name) << of + "{value: 5, writable: true})";
+        QTest::addRow("read-only %s", name) << of + "{value: 5})";
+        QTest::addRow("accessor of %s", name) << of + accessor + ")";
+        QTest::addRow("throwing accessor of %s", name) << of + throwing + ")";
+    }
+    row("value of a new key", "Object.prototype.list = 5");
+    for (const char* name : {"length", "value", "get", "set", "writable", "enumerable", "configurable",
+                             "copy", "entries", "publish", "0", "1", "2"})
+    {
+        const QString of = "Object.defineProperty(Object.prototype, '" + QString(name) + "', ";
+        QTest::addRow("read-only %s", name) << of + "{value: 5})";
+        QTest::addRow("throwing accessor of %s", name) << of + throwing + ")";
+    }
+    for (const char* name : {"0", "1", "3"}) {
+        const QString of = "Object.defineProperty(Array.prototype, '" + QString(name) + "', ";
+        QTest::addRow("read-only index %s", name) << of + "{value: 5})";
+        QTest::addRow("accessor of index %s", name) << of + accessor + ")";
+        QTest::addRow("throwing accessor of index %s", name) << of + throwing + ")";
+    }
+    row("elements of all arrays", "Array.prototype.push(1, 2, 3)");
+    row("frozen prototypes", "Object.freeze(Object.prototype); Object.freeze(Array.prototype)");
+    row("no __proto__", "delete Object.prototype.__proto__");
+    row("throwing __proto__", "Object.defineProperty(Object.prototype, '__proto__', " + throwing + ")");
+    row("builtins gone",
+        "['assign', 'create', 'setPrototypeOf', 'keys', 'getOwnPropertyNames', 'defineProperty'].forEach("
+        "    function(name) { delete Object[name]; });"
+        "Object.prototype.propertyIsEnumerable = Object.prototype.toString = Array.prototype.filter = null;"
+        "Function.prototype.call = Function.prototype.bind = Function.prototype.apply = null;"
+        "Object = Array = Function = null");
+    row("builtins that lie",
+        "Object.keys = Object.getOwnPropertyNames = function() { return ['evil', 'foo']; };"
+        "Object.assign = Object.create = Object.setPrototypeOf = function() { return {evil: 1, foo: 7}; };"
+        "Object.prototype.propertyIsEnumerable = function() { return false; };"
+        "Function.prototype.call = Function.prototype.bind = function() { return {evil: 1}; };"
+        "Array.prototype.filter = function() { return ['evil']; }");
+}
+
+/// The prototypes are changed before the first run, so that nothing could be put aside there.
+void tst_KyScriptGlobal::prototypesStayOutside()
+{
+    QFETCH(QString, statement);
+    Engine other;
+    other.run("Global.foo = 1; Global.a = 1; Global.nested = {foo: [1]}");
+
+    Engine engine;
+    const QJSValue prototype = engine.QJSEngine::evaluate("Object.prototype");
+    QVERIFY(!engine.QJSEngine::evaluate("(function() { " + statement + "})()").isError());
+    LogCapture log(2);
+    for (int foo : {5, 6}) {
+        engine.run(QStringLiteral("Global.foo = %1; Global.a = 2; Global.nested.foo[0] = 3;"
+                                  "Global.list = [7, 'x', {foo: %1}]; 1")
+                       .arg(foo));
+        const QVariantMap expected{{"foo", foo},
+                                   {"a", 2},
+                                   {"nested", QVariantMap{{"foo", QVariantList{3}}}},
+                                   {"list", QVariantList{7, "x", QVariantMap{{"foo", foo}}}}};
+        QCOMPARE(store().values(), expected);
+
+        QCOMPARE(engine.text("'ran'"), QStringLiteral("ran"));
+        const QJSValue global = engine.globalObject().property("Global");
+        QVERIFY(global.prototype().strictlyEquals(prototype));
+        QCOMPARE(global.toVariant(), QVariant(expected));
+        QCOMPARE(store().values(), expected);
+        QCOMPARE(
+            other.text("JSON.stringify(Global)"),
+            QStringLiteral("{\"a\":2,\"foo\":%1,\"list\":[7,\"x\",{\"foo\":%1}],\"nested\":{\"foo\":[3]}}")
+                .arg(foo));
+    }
+    engine.run("Global = {fresh: 5}"); // also where the prototype refuses to have that set
+    QCOMPARE(store().property("fresh"), QVariant(5));
+    QCOMPARE(other.text("Global.fresh"), QStringLiteral("5"));
+    QVERIFY(!engine.hasError());
+    QCOMPARE(log.take(), QStringList());
+}
+
+void tst_KyScriptGlobal::unreadableGlobalIsLoggedAndNotSaved_data()
+{
+    QTest::addColumn<QString>("thrown");
+    for (const char* thrown :
+         {"new Error('x')", "'x'", "Symbol()", "null", "undefined", "['a', 9]", "{a: 9}"})
+        QTest::newRow(thrown) << thrown;
+}
+
+void tst_KyScriptGlobal::unreadableGlobalIsLoggedAndNotSaved()
+{
+    QFETCH(QString, thrown);
+    Engine engine;
+    engine.run("Global.a = 1");
+    LogCapture log(2);
+    engine.run("Global = new Proxy({a: 5}, {ownKeys: function() { throw " + thrown + "; }}); 1");
+    QCOMPARE(log.take(), QStringList("2|Script Interface|Global can't be read, its values are not kept"));
+    QVERIFY(!engine.hasError());
+    QCOMPARE(engine.text("JSON.stringify(Global)"), QStringLiteral("{\"a\":1}"));
+    QCOMPARE(log.take(), QStringList());
+}
+
+/// A nested run that begins where the stack ends can call no function, and must not leave an error as Global.
+void tst_KyScriptGlobal::exhaustedStackLeavesGlobalAlone()
+{
+    Engine engine, other;
+    Host host(engine);
+    engine.run("Global.a = 1; Global.o = {x: 2}");
+    QCOMPARE(engine.text("var depth = 0, failed = 0;"
+                         "function deep() { ++depth; try { deep(); } catch (e) { ++failed; host.run('1'); } }"
+                         "deep(); Global.c = 3; [depth > 100, failed > 0, Global.a, Global.o.x].join()"),
+             QStringLiteral("true,true,1,2"));
+    QVERIFY(!engine.hasError());
+    for (Engine* one : {&engine, &other})
+        QCOMPARE(one->text("JSON.stringify(Global)"), QStringLiteral("{\"a\":1,\"c\":3,\"o\":{\"x\":2}}"));
 }
 
 void tst_KyScriptGlobal::nestedRunReplacesTheObject()

@@ -7,8 +7,21 @@
 #include <kyscript/KyScriptRunner.h>
 
 #include <QDateTime>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QPointer>
+#include <QRegularExpression>
+#include <QStringBuilder>
 #include <QTest>
+#include <QUrl>
+
+#include <array>
+#include <list>
+#include <map>
+#include <optional>
+#include <set>
+#include <unordered_map>
+#include <vector>
 
 /// An object of a host that a runner publishes. Lives until the context disposes of it.
 class Desk : public QObject
@@ -25,10 +38,28 @@ public:
             mEnded->append(mLabel);
     }
     Q_INVOKABLE QString label() const { return mLabel; }
+    Q_INVOKABLE QVariant act() { return action(); }
+
+    std::function<QVariant()> action;
 
 private:
     const QString mLabel;
     QStringList* const mEnded;
+};
+
+/// A value type of a host.
+class Dose
+{
+    Q_GADGET
+    Q_PROPERTY(double amount MEMBER amount)
+public:
+    enum class Unit
+    {
+        Milligram = 3
+    };
+    Q_ENUM(Unit)
+
+    double amount = 0;
 };
 
 class tst_KyScriptRunner : public QObject
@@ -86,6 +117,8 @@ private slots:
     void nameThatAScriptHasTakenAwayIsFine();
     void nameThatStaysIsAContractReport();
     void secondObjectOfANameReplacesTheFirst();
+    void sameObjectAgainStaysPublished();
+    void objectWithTwoNamesStaysUnderTheOther();
     void secondObjectOfADeadOneTakesItsName();
     void replacedNameThatStaysIsAContractReport();
     void nullObjectIsPublishedAsNull();
@@ -109,11 +142,16 @@ private slots:
 
     // calls
     void callPassesNumbers();
+    void callPassesEnumerations();
     void callPassesTexts();
+    void callPassesCharacters();
     void callPassesContainers();
+    void callPassesMapsAndSequencesOfAnything();
+    void callPassesBytes();
     void callPassesObjects();
     void callPassesScriptValues();
     void callPassesDatesAndVariants();
+    void callPassesValueTypes();
     void callTakesAnyNumberOfArguments();
     void callGivesTheValue();
     void callLeavesOwnershipAlone();
@@ -122,6 +160,15 @@ private slots:
     void callOfSomethingElseGivesUndefined();
     void callHasNoGuardAndNoStore();
     void functionOutlivesItsEngine();
+    void scriptInsideACallIsNotStrict();
+
+    // errors that host code has left pending
+    void pendingErrorIsLoggedAndTheFunctionCalled();
+    void pendingErrorDoesNotHideAFunction_data();
+    void pendingErrorDoesNotHideAFunction();
+    void pendingErrorDoesNotDisturbTheContext();
+    void pendingErrorGoesBackToTheOuterScript_data();
+    void pendingErrorGoesBackToTheOuterScript();
 
 private:
     std::unique_ptr<KyTestPlatform> mPlatform;
@@ -635,6 +682,46 @@ void tst_KyScriptRunner::secondObjectOfANameReplacesTheFirst()
     QVERIFY(!second);
 }
 
+void tst_KyScriptRunner::sameObjectAgainStaysPublished()
+{
+    Opened runner;
+    const QPointer<Desk> desk = new Desk("same");
+    runner.addScriptObjectToCurrentContext("Desk", desk);
+    runner.text("Desk = null");
+    runner.addScriptObjectToCurrentContext("Desk", desk);
+    flushDeferredDeletes();
+    QVERIFY(desk);
+    QCOMPARE(runner.text("Desk.label()"), QStringLiteral("same"));
+    runner.destroyCurrentContext();
+    QCOMPARE(runner.text("typeof Desk"), QStringLiteral("undefined"));
+    flushDeferredDeletes();
+    QVERIFY(!desk);
+}
+
+void tst_KyScriptRunner::objectWithTwoNamesStaysUnderTheOther()
+{
+    Opened runner;
+    const QPointer<Desk> desk = new Desk("both");
+    for (const char* name : {"First", "Second"})
+        runner.addScriptObjectToCurrentContext(name, desk);
+    runner.addScriptObjectToCurrentContext("First", new Desk("other"));
+    flushDeferredDeletes();
+    QVERIFY(desk);
+    QCOMPARE(runner.text("First.label() + Second.label()"), QStringLiteral("otherboth"));
+    runner.addScriptObjectToCurrentContext("Second", nullptr); // its last name
+    flushDeferredDeletes();
+    QVERIFY(!desk);
+
+    const QPointer<Desk> again = new Desk;
+    for (const char* name : {"A", "B"})
+        runner.addScriptObjectToCurrentContext(name, again);
+    runner.destroyCurrentContext();
+    QCOMPARE(runner.text("typeof A + typeof B + typeof First"),
+             QStringLiteral("undefinedundefinedundefined"));
+    flushDeferredDeletes();
+    QVERIFY(!again);
+}
+
 void tst_KyScriptRunner::secondObjectOfADeadOneTakesItsName()
 {
     Opened runner;
@@ -875,9 +962,15 @@ void tst_KyScriptRunner::callPassesNumbers()
 {
     Describing runner;
     QCOMPARE(runner.describe(3, -4, 0), QStringLiteral("number:3 number:-4 number:0"));
+    QCOMPARE(runner.describe(std::numeric_limits<int>::min(), std::numeric_limits<int>::max()),
+             QStringLiteral("number:-2147483648 number:2147483647"));
     QCOMPARE(runner.describe(4000000000U), QStringLiteral("number:4000000000"));
     QCOMPARE(runner.describe(short(-5), static_cast<unsigned short>(60000)),
              QStringLiteral("number:-5 number:60000"));
+    QCOMPARE(runner.describe(static_cast<signed char>(-5), static_cast<unsigned char>(200)),
+             QStringLiteral("number:-5 number:200"));
+    QCOMPARE(runner.describe(int8_t(65), uint8_t(66), int16_t(-67), uint16_t(68)),
+             QStringLiteral("number:65 number:66 number:-67 number:68"));
     QCOMPARE(runner.describe(9007199254740992LL, -1LL), QStringLiteral("number:9007199254740992 number:-1"));
     QCOMPARE(runner.describe(9007199254740992ULL, 7L, 8UL),
              QStringLiteral("number:9007199254740992 number:7 number:8"));
@@ -885,9 +978,48 @@ void tst_KyScriptRunner::callPassesNumbers()
              QStringLiteral("number:5 number:-6 number:7"));
     QCOMPARE(runner.describe(2.5, -0.0, 0.5F, 1e300),
              QStringLiteral("number:2.5 number:-0 number:0.5 number:1e+300"));
+    QCOMPARE(runner.describe(1.25L), QStringLiteral("number:1.25"));
     QCOMPARE(runner.describe(qQNaN(), qInf()), QStringLiteral("number:NaN number:Infinity"));
     QCOMPARE(runner.describe(true, false), QStringLiteral("boolean:true boolean:false"));
-    QCOMPARE(runner.describe(ScriptMessage), QStringLiteral("number:2"));
+}
+
+namespace {
+
+enum class Signed : signed char
+{
+    Value = -2
+};
+enum class Large : quint64
+{
+    Value = 9007199254740991
+};
+enum class Truth : bool
+{
+    Value = true
+};
+enum class Letter : char
+{
+    Value = 'a'
+};
+enum class Top : unsigned
+{
+    Value = 4000000000U
+};
+enum Old
+{
+    OldValue = 9
+};
+
+} // namespace
+
+void tst_KyScriptRunner::callPassesEnumerations()
+{
+    Describing runner;
+    QCOMPARE(runner.describe(ScriptMessage, OldValue, Dose::Unit::Milligram),
+             QStringLiteral("number:2 number:9 number:3"));
+    QCOMPARE(runner.describe(Signed::Value, Large::Value, Truth::Value, Letter::Value, Top::Value),
+             QStringLiteral("number:-2 number:9007199254740991 number:1 number:97 number:4000000000"));
+    QCOMPARE(runner.describe(std::byte(7), Qt::AlignRight), QStringLiteral("number:7 number:2"));
 }
 
 void tst_KyScriptRunner::callPassesTexts()
@@ -902,6 +1034,31 @@ void tst_KyScriptRunner::callPassesTexts()
              QStringLiteral("string: string: string:"));
     QCOMPARE(runner.describe(static_cast<const char*>(nullptr)), QStringLiteral("string:"));
     QCOMPARE(runner.describe(static_cast<char*>(nullptr)), QStringLiteral("string:"));
+
+    QCOMPARE(runner.describe(std::string_view("ä€"), std::string_view("cut off", 3)),
+             QString::fromUtf8("string:ä€ string:cut"));
+    QCOMPARE(runner.describe(QLatin1String("\xe4"), QLatin1String(), QStringView(u"ä€"), QStringView()),
+             QString::fromUtf8("string:ä string: string:ä€ string:"));
+    QCOMPARE(runner.describe(QAnyStringView("ä€"), QUtf8StringView("ä€")),
+             QString::fromUtf8("string:ä€ string:ä€"));
+    QCOMPARE(runner.describe(u8"ä€", std::u8string(u8"ä€"), u"ä€", std::u16string(u"ä€"),
+                             std::u16string_view(u"ä€")),
+             QString::fromUtf8("string:ä€ string:ä€ string:ä€ string:ä€ string:ä€"));
+    QCOMPARE(runner.describe(L"ä😀", std::wstring(L"ä😀"), std::wstring_view(L"ä"), U"😀", std::u32string(U"😀")),
+             QString::fromUtf8("string:ä😀 string:ä😀 string:ä string:😀 string:😀"));
+    QCOMPARE(runner.describe(static_cast<const wchar_t*>(nullptr), static_cast<const char16_t*>(nullptr)),
+             QStringLiteral("string: string:"));
+    QCOMPARE(runner.describe(QStringLiteral("a") % QLatin1Char('b')), QStringLiteral("string:ab"));
+    QCOMPARE(runner.describe(QString("a\0b").left(1) + QChar(0) + "b").size(), 10); // "string:a?b"
+}
+
+void tst_KyScriptRunner::callPassesCharacters()
+{
+    Describing runner;
+    QCOMPARE(runner.describe('a', '\xe4', QLatin1Char('b'), QChar(u'€')),
+             QString::fromUtf8("string:a string:ä string:b string:€"));
+    QCOMPARE(runner.describe(u8'a', u'€', U'😀', L'ä'),
+             QString::fromUtf8("string:a string:€ string:😀 string:ä"));
 }
 
 void tst_KyScriptRunner::callPassesContainers()
@@ -917,6 +1074,81 @@ void tst_KyScriptRunner::callPassesContainers()
     QCOMPARE(runner.callFunction(runner.getGlobalFunction("describe"), QStringList({"a", "b"})).toString(),
              QStringLiteral("object:a,b"));
 }
+
+void tst_KyScriptRunner::callPassesMapsAndSequencesOfAnything()
+{
+    Describing runner;
+    QCOMPARE(runner.json(QMap<QString, QString>{{"a", "b"}}, QVariantHash{{"h", 1}}),
+             QStringLiteral("[{\"a\":\"b\"},{\"h\":1}]"));
+    QCOMPARE(runner.json(std::map<std::string, std::vector<long>>{{"a", {1, 2}}, {"__proto__", {}}}),
+             QStringLiteral("[{\"__proto__\":[],\"a\":[1,2]}]"));
+    QCOMPARE(runner.json(QHash<QString, QMap<QString, char>>{{"a", {{"b", 'c'}}}}),
+             QStringLiteral("[{\"a\":{\"b\":\"c\"}}]"));
+    QCOMPARE(runner.json(QMap<QString, QString>(), std::unordered_map<std::string, int>{{"k", 7}}),
+             QStringLiteral("[{},{\"k\":7}]"));
+
+    const int plain[] = {1, 2, 3};
+    QCOMPARE(runner.json(plain, std::array<double, 2>{0.5, 1}, std::vector<bool>{true, false}),
+             QStringLiteral("[[1,2,3],[0.5,1],[true,false]]"));
+    QCOMPARE(
+        runner.json(std::vector<uint8_t>{1, 200}, QList<quint16>{65}, std::vector<std::string>{"x", "y"}),
+        QStringLiteral("[[1,200],[65],[\"x\",\"y\"]]"));
+    QCOMPARE(runner.json(QSet<int>{5}, std::list<QStringList>{{"a"}, {}}, QList<QVariantMap>{{{"k", 1}}}),
+             QStringLiteral("[[5],[[\"a\"],[]],[{\"k\":1}]]"));
+    QCOMPARE(runner.json(std::vector<int>(), std::initializer_list<int>{1}, QByteArrayList{}),
+             QStringLiteral("[[],[1],[]]"));
+    QCOMPARE(runner.describe(QList<int>{1, 2}, std::vector<long>{3}), QStringLiteral("object:1,2 object:3"));
+
+    // Script values and objects inside are the very same.
+    Started same("function same(list, map, a, b) {"
+                 "  return Array.isArray(list) && list[0] === a && list[1] === map.o && map.o === a && map.d "
+                 "=== b; }");
+    const QJSValue object = same.createObject();
+    Desk desk;
+    const QMap<QString, QJSValue> map{{"o", object},
+                                      {"d", same.text("1").isEmpty() ? QJSValue() : QJSValue(1)}};
+    QVERIFY(same.callFunction(same.getGlobalFunction("same"), std::vector<QJSValue>{object, object}, map,
+                              object, 1)
+                .toBool());
+    Started labels(
+        "function labels(list) { return list.map(function(d) { return d ? d.label() : d; }).join(); }");
+    QCOMPARE(labels.callFunction(labels.getGlobalFunction("labels"), std::vector<Desk*>{&desk, nullptr})
+                 .toString(),
+             QStringLiteral("desk,"));
+    QCOMPARE(labels.callFunction(labels.getGlobalFunction("labels"), QObjectList{&desk, &desk}).toString(),
+             QStringLiteral("desk,desk"));
+}
+
+void tst_KyScriptRunner::callPassesBytes()
+{
+    Started runner(
+        "function bytes(b) { return Object.prototype.toString.call(b) + new Uint8Array(b).join(); }");
+    const QJSValue bytes = runner.getGlobalFunction("bytes");
+    const QByteArray three("a\0c", 3);
+    QCOMPARE(runner.callFunction(bytes, three).toString(), QStringLiteral("[object ArrayBuffer]97,0,99"));
+    QCOMPARE(runner.callFunction(bytes, QByteArrayView(three).first(2)).toString(),
+             QStringLiteral("[object ArrayBuffer]97,0"));
+    for (const QByteArray& none : {QByteArray(), QByteArray("")}) {
+        QCOMPARE(runner.callFunction(bytes, none).toString(), QStringLiteral("[object ArrayBuffer]"));
+        QCOMPARE(runner.callFunction(bytes, QByteArrayView(none)).toString(),
+                 QStringLiteral("[object ArrayBuffer]"));
+    }
+}
+
+/// What scripts could do nothing with is refused when the caller is compiled.
+static_assert(!KyScriptArgument::isPossible<int*>());
+static_assert(!KyScriptArgument::isPossible<void*>());
+static_assert(!KyScriptArgument::isPossible<const QObject*>());
+static_assert(!KyScriptArgument::isPossible<std::unique_ptr<QObject>>());
+static_assert(!KyScriptArgument::isPossible<std::shared_ptr<QObject>>());
+static_assert(!KyScriptArgument::isPossible<std::pair<int, int>>());
+static_assert(!KyScriptArgument::isPossible<std::optional<int>>());
+static_assert(!KyScriptArgument::isPossible<QMap<int, int>>());
+static_assert(!KyScriptArgument::isPossible<std::map<int, int>>());
+static_assert(!KyScriptArgument::isPossible<QList<std::pair<int, int>>>());
+static_assert(!KyScriptArgument::isPossible<QMap<QString, int*>>());
+static_assert(!KyScriptArgument::isPossible<QIODevice::OpenMode>());
+static_assert(!KyScriptArgument::isPossible<void (*)()>());
 
 void tst_KyScriptRunner::callPassesObjects()
 {
@@ -951,8 +1183,7 @@ void tst_KyScriptRunner::callPassesScriptValues()
 
 void tst_KyScriptRunner::callPassesDatesAndVariants()
 {
-    Started runner("function year(d) { return d.getFullYear(); } function kind(x) { return typeof x; }"
-                   "function bytes(b) { return b.byteLength; }");
+    Started runner("function year(d) { return d.getFullYear(); } function kind(x) { return typeof x; }");
     const QDateTime date(QDate(2024, 2, 29), QTime(12, 0));
     QCOMPARE(runner.callFunction(runner.getGlobalFunction("year"), date).toInt(), 2024);
     QCOMPARE(runner.callFunction(runner.getGlobalFunction("year"), QVariant(date)).toInt(), 2024);
@@ -960,10 +1191,43 @@ void tst_KyScriptRunner::callPassesDatesAndVariants()
              QStringLiteral("string"));
     QCOMPARE(runner.callFunction(runner.getGlobalFunction("kind"), QVariant()).toString(),
              QStringLiteral("undefined"));
-    QCOMPARE(runner.callFunction(runner.getGlobalFunction("bytes"), QByteArray("a\0c", 3)).toString(),
-             QStringLiteral("3"));
-    QCOMPARE(runner.callFunction(runner.getGlobalFunction("bytes"), QByteArray()).toString(),
-             QStringLiteral("0"));
+
+    // In the form in which host objects hand them out.
+    Started dates(
+        "function day(d) { return [d.getFullYear(), d.getMonth(), d.getDate(), d.getHours()].join(); }"
+        "function text(t) { return String(t); }"
+        "function kind(x) { return Object.prototype.toString.call(x); }");
+    const QDate leap(2024, 2, 29);
+    for (const QVariant& value : {QVariant(leap), QVariant::fromValue(leap.startOfDay())})
+        QCOMPARE(dates.callFunction(dates.getGlobalFunction("day"), value).toString(),
+                 QStringLiteral("2024,1,29,0"));
+    QCOMPARE(dates.callFunction(dates.getGlobalFunction("day"), leap).toString(),
+             QStringLiteral("2024,1,29,0"));
+    const QTime time(14, 5, 9, 120);
+    QCOMPARE(dates.callFunction(dates.getGlobalFunction("text"), time).toString(),
+             QStringLiteral("14:05:09.120"));
+    QCOMPARE(dates.callFunction(dates.getGlobalFunction("text"), QVariant(time)).toString(),
+             QStringLiteral("14:05:09.120"));
+    QCOMPARE(dates.callFunction(dates.getGlobalFunction("kind"), QDate()).toString(),
+             QStringLiteral("[object Date]"));
+    QCOMPARE(dates.callFunction(dates.getGlobalFunction("kind"), QRegularExpression("x")).toString(),
+             QStringLiteral("[object RegExp]"));
+}
+
+void tst_KyScriptRunner::callPassesValueTypes()
+{
+    Describing runner;
+    Dose dose;
+    dose.amount = 2.5;
+    QCOMPARE(runner.json(dose, QPoint(1, 2), QSizeF(1.5, 2)),
+             QStringLiteral("[{\"amount\":2.5},{\"x\":1,\"y\":2},{\"width\":1.5,\"height\":2}]"));
+    Started more(
+        "function sum(r) { return r.x + r.y + r.width + r.height; } function host(u) { return u.host; }");
+    QCOMPARE(more.callFunction(more.getGlobalFunction("sum"), QRect(1, 2, 3, 4)).toInt(), 10);
+    QCOMPARE(more.callFunction(more.getGlobalFunction("host"), QUrl("http://name:5/")).toString(),
+             QStringLiteral("name:5"));
+    QCOMPARE(runner.json(QJsonObject{{"a", QJsonArray{1, "x"}}}, QJsonArray{true}, QJsonValue(5)),
+             QStringLiteral("[{\"a\":[1,\"x\"]},[true],5]"));
 }
 
 void tst_KyScriptRunner::callTakesAnyNumberOfArguments()
@@ -1041,6 +1305,161 @@ void tst_KyScriptRunner::functionOutlivesItsEngine()
     runner.reset();
     Started other;
     QVERIFY(other.callFunction(function, 1).isUndefined());
+}
+
+void tst_KyScriptRunner::scriptInsideACallIsNotStrict()
+{
+    Opened runner("function outer() { 'use strict'; return Desk.act(); }");
+    auto* desk = new Desk;
+    desk->action = [&] { return runner.text("undeclared = 6; undeclared + 1"); };
+    runner.addScriptObjectToCurrentContext("Desk", desk);
+    QCOMPARE(runner.callFunction(runner.getCurrentContextFunction("outer")).toString(), QStringLiteral("7"));
+    runner.destroyCurrentContext();
+    flushDeferredDeletes();
+}
+
+namespace {
+
+const QString PendingLine = "3|Script Interface|Uncaught exception in host code before the run\n"
+                            "Exception: left over\nLine: 0\nBacktrace:\n";
+
+/// An open runner that publishes "Desk", and its engine.
+struct Published : Opened
+{
+    explicit Published(const char* inSource = "")
+        : Opened(inSource)
+        , desk(new Desk)
+    {
+        addScriptObjectToCurrentContext("Desk", desk);
+    }
+    ~Published()
+    {
+        destroyCurrentContext();
+        flushDeferredDeletes();
+    }
+    void leaveAnError() { qjsEngine(desk)->throwError(QStringLiteral("left over")); }
+    bool hasError() const { return qjsEngine(desk)->hasError(); }
+
+    Desk* const desk;
+};
+
+} // namespace
+
+void tst_KyScriptRunner::pendingErrorIsLoggedAndTheFunctionCalled()
+{
+    Published runner("var calls = 0; function count(by) { calls += by.n; return calls; }"
+                     "function text(time, map) { return time + ' ' + JSON.stringify(map); }");
+    const QJSValue count = runner.getCurrentContextFunction("count");
+    LogCapture log(2);
+    for (int i = 1; i <= 2; ++i) {
+        runner.leaveAnError();
+        QCOMPARE(runner.callFunction(count, QVariantMap{{"n", 1}}).toInt(), i);
+        QVERIFY(!runner.hasError());
+        const QStringList lines = log.take();
+        QCOMPARE(lines.size(), 1);
+        QVERIFY2(lines.first().startsWith(PendingLine), qPrintable(lines.first()));
+    }
+    runner.leaveAnError(); // arguments are made without it
+    const QJSValue text = runner.getCurrentContextFunction("text");
+    log.take();
+    runner.leaveAnError();
+    QCOMPARE(runner.callFunction(text, QTime(14, 5), QVariantMap{{"n", QVariantList{1}}}).toString(),
+             QStringLiteral("14:05:00.000 {\"n\":[1]}"));
+    QCOMPARE(log.take().size(), 1);
+    QCOMPARE(runner.callFunction(count, QVariantMap{{"n", 1}}).toInt(), 3);
+    QCOMPARE(log.take(), QStringList());
+}
+
+void tst_KyScriptRunner::pendingErrorDoesNotHideAFunction_data()
+{
+    QTest::addColumn<bool>("withContext");
+    QTest::newRow("of the context") << true;
+    QTest::newRow("of the global object") << false;
+}
+
+void tst_KyScriptRunner::pendingErrorDoesNotHideAFunction()
+{
+    QFETCH(bool, withContext);
+    Started runner("function f() { return 7; }");
+    Desk desk;
+    const auto name = QStringLiteral("f");
+    runner.callFunction(runner.getGlobalFunction(name), &desk); // the engine knows the desk from now on
+    if (withContext)
+        runner.createCurrentContext();
+    LogCapture log(2);
+    qjsEngine(&desk)->throwError(QStringLiteral("left over"));
+    const QJSValue f = withContext ? runner.getCurrentContextFunction(name) : runner.getGlobalFunction(name);
+    QVERIFY(f.isCallable());
+    const QStringList lines = log.take();
+    QCOMPARE(lines.size(), 1);
+    QVERIFY2(lines.first().startsWith(PendingLine), qPrintable(lines.first()));
+    QCOMPARE(runner.callFunction(f).toInt(), 7);
+    QCOMPARE(log.take(), QStringList());
+}
+
+void tst_KyScriptRunner::pendingErrorDoesNotDisturbTheContext()
+{
+    Opened runner;
+    const QPointer<Desk> first = new Desk("first"), second = new Desk("second"), third = new Desk("third");
+    runner.addScriptObjectToCurrentContext("First", first);
+    LogCapture log(2);
+    qjsEngine(first.data())->throwError(QStringLiteral("left over"));
+    runner.addScriptObjectToCurrentContext("Second", second);
+    QCOMPARE(log.take().size(), 1);
+    QCOMPARE(runner.text("Second.label()"), QStringLiteral("second"));
+    qjsEngine(first.data())->throwError(QStringLiteral("left over"));
+    runner.addScriptObjectToCurrentContext("Second", third);
+    QCOMPARE(log.take().size(), 1);
+    QCOMPARE(runner.text("Second.label()"), QStringLiteral("third"));
+    qjsEngine(first.data())->throwError(QStringLiteral("left over"));
+    runner.destroyCurrentContext();
+    QCOMPARE(log.take().size(), 1);
+    QCOMPARE(runner.text("typeof First + typeof Second"), QStringLiteral("undefinedundefined"));
+    QCOMPARE(log.take(), QStringList());
+    flushDeferredDeletes();
+    QVERIFY(!first && !second && !third);
+}
+
+void tst_KyScriptRunner::pendingErrorGoesBackToTheOuterScript_data()
+{
+    QTest::addColumn<bool>("byCall");
+    QTest::addColumn<QString>("what");
+    for (const char* what : {"call", "find", "publish"}) {
+        QTest::addRow("%s inside a call", what) << true << what;
+        QTest::addRow("%s inside an evaluation", what) << false << what;
+    }
+}
+
+void tst_KyScriptRunner::pendingErrorGoesBackToTheOuterScript()
+{
+    QFETCH(bool, byCall);
+    QFETCH(QString, what);
+    Published runner(
+        "function outer() { try { Desk.act(); return 'not told'; } catch (e) { return e.message; } }"
+        "function inner() { return 7; }");
+    const QJSValue inner = runner.getCurrentContextFunction("inner");
+    bool worked = false;
+    runner.desk->action = [&] {
+        runner.leaveAnError();
+        if (what == "call") {
+            worked = runner.callFunction(inner).toInt() == 7;
+        } else if (what == "find") {
+            worked = runner.getCurrentContextFunction("inner").isCallable();
+        } else {
+            runner.addScriptObjectToCurrentContext("Further", new Desk);
+            worked = true;
+        }
+        return QVariant();
+    };
+    LogCapture log(2);
+    const QString told = byCall ? runner.callFunction(runner.getCurrentContextFunction("outer")).toString()
+                                : runner.text("outer()");
+    QCOMPARE(told, QStringLiteral("left over"));
+    QVERIFY(worked);
+    QVERIFY(!runner.hasError());
+    QCOMPARE(log.take(), QStringList());
+    if (what == "publish")
+        QCOMPARE(runner.text("Further.label()"), QStringLiteral("desk"));
 }
 
 KY_TEST_MAIN(tst_KyScriptRunner)

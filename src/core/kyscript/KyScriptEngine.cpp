@@ -12,6 +12,7 @@
 #include "KyScriptMessage.h"
 #include "KyScriptNestedEvaluation.h"
 #include "KyScriptOrvane.h"
+#include "KyScriptPendingError.h"
 #include "KyScriptPrintBuffer.h"
 #include "KyScriptProgram.h"
 #include "KyScriptRunLog.h"
@@ -29,39 +30,11 @@
 #include <QtCore/QTimeZone>
 #include <QtWidgets/QTextEdit>
 
-/// Takes away an error that host code has left pending, since Qt returns such an error in place of running
-/// the next text. It is none of the new script's: at the outermost level it is logged, inside a run it goes
-/// back to the outer script when the new one is over.
-class KyScriptEngine::PendingError
-{
-public:
-    explicit PendingError(KyScriptEngine& inEngine)
-        : mEngine(&inEngine)
-    {
-        if (inEngine.hasError())
-            mError = inEngine.catchError();
-    }
-    ~PendingError()
-    {
-        if (mError.isUndefined() || !mEngine)
-            return;
-        if (mEngine->mDepth > 0)
-            mEngine->throwError(mError);
-        else
-            mEngine->logException(KyScriptLog::Context, mError, QStringLiteral("host code before the run"));
-    }
-    PendingError(const PendingError&) = delete;
-    PendingError& operator=(const PendingError&) = delete;
-
-private:
-    const QPointer<KyScriptEngine> mEngine;
-    QJSValue mError;
-};
-
 KyScriptEngine::KyScriptEngine(QObject* inParent, int inOptions)
     : QJSEngine(inParent)
     , mOptions(inOptions)
     , mGlobalObject(globalObject())
+    , mGlobalLink(std::make_unique<KyScriptGlobalLink>(*this))
     , mTrampoline(KyScriptNestedEvaluation::makeTrampoline(*this))
 {
     setObjectName(QStringLiteral("Scripting"));
@@ -136,14 +109,12 @@ bool KyScriptEngine::wants(int inExternalOption) const
 QJSValue KyScriptEngine::runScript(const KyScriptProgram& inScript, bool inPushContext, bool inNoFunction,
                                    bool inCleanup)
 {
-    const PendingError pending(*this);
+    const PendingError pending(this);
     const bool wrapToFunction = inPushContext && !inNoFunction;
     KyScriptProgram script = inScript;
     if (wrapToFunction)
         script.setIsolatedContext(true);
 
-    if (!mGlobalLink)
-        mGlobalLink = std::make_unique<KyScriptGlobalLink>(*this);
     mGlobalLink->load(mGlobalObject);
     dbc_holds(wrapToFunction == script.isolatedContext());
 
@@ -192,14 +163,14 @@ void KyScriptEngine::addExternals()
     if (!wants(ScriptExternalMetaObjects))
         return;
     for (const auto& external : KyScriptExternalMetaObject::externalMetaObjects()) {
-        if (external && mGlobalObject.property(external->objectName()).isUndefined())
+        if (external && external->mMetaObject && mGlobalObject.property(external->objectName()).isUndefined())
             mGlobalObject.setProperty(external->objectName(), newQMetaObject(external->mMetaObject));
     }
 }
 
 QJSValue KyScriptEngine::evaluateGuarded(const QString& inText, const QString& inFileName, int inLine)
 {
-    const PendingError pending(*this);
+    const PendingError pending(this);
     const bool nested = mDepth > 0 || QThread::currentThread()->loopLevel() > 1;
     ++mDepth;
     const QJSValue result =
@@ -211,12 +182,22 @@ QJSValue KyScriptEngine::evaluateGuarded(const QString& inText, const QString& i
     return result;
 }
 
-/// Each script frame that is on the stack adds a line to the backtrace of a new error.
+QJSValue KyScriptEngine::callCounted(const QJSValue& inFunction, const QJSValueList& inArgs)
+{
+    ++mDepth;
+    const QJSValue result = inFunction.call(inArgs);
+    --mDepth;
+    return result;
+}
+
+/// Each script frame that is on the stack adds a line to the backtrace of a new error. The error is Qt's own,
+/// since scripts may replace the class.
 bool KyScriptEngine::isOnStack()
 {
     if (mDepth > 0 || QThread::currentThread()->loopLevel() > 1 || hasError())
         return true;
-    const QString ownFrames = QStringLiteral("(function() { return new Error().stack; })()");
+    const QString ownFrames =
+        QStringLiteral("(function() { try { null.x; } catch (e) { return e.stack; } })()");
     return QJSEngine::evaluate(ownFrames).toString().count(QLatin1Char('\n')) > 1;
 }
 

@@ -102,6 +102,7 @@ protected:
 
 private:
     friend class KyScriptInterface;
+    friend class KyScriptRunner;
 
     class PendingError;
 
@@ -113,6 +114,8 @@ private:
 
     void addExternals();
     void clearAfterRun();
+    /// Calls \a inFunction. What it calls back is nested in it, as in a run.
+    QJSValue callCounted(const QJSValue& inFunction, const QJSValueList& inArgs);
     QJSValue evaluateGuarded(const QString& inText, const QString& inFileName, int inLine);
 
     KyScriptOrvane* mOrvane = nullptr;

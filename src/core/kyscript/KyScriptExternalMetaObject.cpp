@@ -32,6 +32,10 @@ KyScriptExternalMetaObject::KyScriptExternalMetaObject(QObject* inParent, const 
         const auto message = QStringLiteral("Duplicate external script meta object name '%1'").arg(mName);
         dbc_report("it == objects.end()", message.toLatin1().constData());
     }
+    if (!mMetaObject) {
+        const auto message = QStringLiteral("No class for external script meta object '%1'").arg(mName);
+        dbc_report("inMetaObject", message.toLatin1().constData());
+    }
     setObjectName(mName);
     registry().push_back(this);
 }

@@ -17,8 +17,8 @@ class KYSCRIPT_EXPORT KyScriptExternalMetaObject : public QObject
     Q_OBJECT
 
 protected:
-    /// \a inName becomes the object name. An empty name and one that is taken are contract reports; the entry
-    /// is added all the same.
+    /// \a inName becomes the object name. An empty name, one that is taken, and a null \a inMetaObject are
+    /// contract reports; the entry is added all the same, and engines pass over one without a class.
     KyScriptExternalMetaObject(QObject* inParent, const QString& inName, const QMetaObject* inMetaObject);
     ~KyScriptExternalMetaObject() override;
 

@@ -3,38 +3,34 @@
 #include "KyScriptGlobal.h"
 #include "KyScriptLog.h"
 
-#include <QtCore/QDateTime>
 #include <QtQml/QJSEngine>
 
 namespace {
 
-// The builtins are taken at the start, since scripts may replace them.
-constexpr auto ScriptSide = R"((function() {
-    var assign = Object.assign, keys = Object.keys, define = Object.defineProperty;
-    var call = Function.prototype.call.bind(Function.prototype.call);
-    var ownNames = Object.getOwnPropertyNames, isEnumerable = Object.prototype.propertyIsEnumerable;
-    var hasOwn = Object.prototype.hasOwnProperty, tag = Object.prototype.toString;
-    var byteLength = Object.getOwnPropertyDescriptor(ArrayBuffer.prototype, 'byteLength').get;
-    var failed = {};
+// Its arguments are the builtins that it needs, as they were when the engine was made: scripts may replace
+// them. Scripts may also give Object.prototype and Array.prototype what they like, accessors included. So
+// everything that is read by a name or set here has no prototype.
+constexpr auto ScriptSide =
+    R"((function(assign, create, setPrototypeOf, objectPrototype, keys, ownNames, define, call,
+                                         isEnumerable) {
+    var failed = create(null);
+    function list() { return setPrototypeOf([], null); }
     function read(object, name) {
         try { return object[name]; } catch (e) { return failed; }
     }
     // Qt's Object.keys calls getters, and throws what they throw.
     function namesOf(object) {
-        try { return keys(object); } catch (e) {
-            return ownNames(object).filter(function(name) { return call(isEnumerable, object, name); });
+        try { return keys(object); } catch (e) {}
+        for (var names = list(), n = 0, all = ownNames(object), i = 0; i < all.length; ++i) {
+            if (call(isEnumerable, object, all[i]))
+                names[n++] = all[i];
         }
+        return names;
     }
     function plain(value) { return typeof value === 'symbol' ? undefined : value; }
-    // A tag can be forged, the getter knows.
-    function isBuffer(object) {
-        try {
-            return call(tag, object) === '[object ArrayBuffer]' && call(byteLength, object) >= 0;
-        } catch (e) { return false; }
-    }
     // Qt asks the left operand, and a class of the host on that side equals everything.
     function collect(object, base) {
-        var names = namesOf(object), out = [], n = 0;
+        var names = namesOf(object), out = list(), n = 0;
         for (var i = 0, count = names.length; i < count; ++i) {
             var name = names[i], value = read(object, name);
             if (failed === value)
@@ -50,16 +46,16 @@ constexpr auto ScriptSide = R"((function() {
         return out;
     }
     return {
-        copy: function(base) {
-            if (!call(hasOwn, base, '__proto__'))
-                return assign({}, base);
-            for (var object = {}, names = keys(base), i = 0; i < names.length; ++i)
-                define(object, names[i],
-                       {value: base[names[i]], writable: true, enumerable: true, configurable: true});
-            return object;
+        copy: function(base) { return setPrototypeOf(assign(create(null), base), objectPrototype); },
+        entries: function(object, base) {
+            try { return collect(object, base); } catch (e) {}
         },
-        differ: function(object, base) { return isBuffer(object) ? [] : collect(object, base); },
-        entries: function(object) { return isBuffer(object) ? null : collect(object); }
+        publish: function(scope, name, object) {
+            var property = create(null);
+            property.value = object;
+            property.writable = property.enumerable = property.configurable = true;
+            define(scope, name, property);
+        }
     };
 }))";
 
@@ -95,12 +91,47 @@ bool holdsHostObject(const QVariant& inValue)
     return false;
 }
 
-/// Whether a script may replace `Global` by it and still have it saved.
+/// The value if Qt has a form of its own for it; a QJSValue for objects, functions and symbols. No script
+/// runs.
+QVariant ownForm(const QJSValue& inValue)
+{
+    const QVariant form = inValue.toVariant(QJSValue::RetainJSObjects);
+    if (form.typeId() == QMetaType::QByteArray && form.toByteArray().isNull())
+        return QByteArray(""); // a null one would come back as a broken buffer
+    return form;
+}
+
+bool isQJSValue(const QVariant& inValue)
+{
+    return inValue.metaType() == QMetaType::fromType<QJSValue>();
+}
+
+/// Whether Qt's form of the value is a QVariantMap: whether a script may replace `Global` by it and have it
+/// saved.
 bool isMapLike(const QJSValue& inValue)
 {
-    return inValue.isObject() && !inValue.isArray() && !inValue.isCallable() && !inValue.isDate() &&
-           !inValue.isRegExp() && !inValue.isQObject() && !inValue.isQMetaObject() && !inValue.isVariant() &&
-           !inValue.isUrl();
+    return inValue.isObject() && !inValue.isArray() && !inValue.isCallable() && !inValue.isQMetaObject() &&
+           isQJSValue(ownForm(inValue));
+}
+
+/// The builtins that the script side needs, in the order of its arguments.
+QJSValueList builtinsOf(const QJSEngine& inEngine)
+{
+    const QJSValue object = inEngine.globalObject().property(QStringLiteral("Object"));
+    const QJSValue prototype = object.property(QStringLiteral("prototype"));
+    const QJSValue function = inEngine.globalObject().property(QStringLiteral("Function"));
+    const QJSValue functions = function.property(QStringLiteral("prototype"));
+    const QJSValue call = functions.property(QStringLiteral("call"));
+    const QJSValue callOf = functions.property(QStringLiteral("bind")).callWithInstance(call, {call});
+    return {object.property(QStringLiteral("assign")),
+            object.property(QStringLiteral("create")),
+            object.property(QStringLiteral("setPrototypeOf")),
+            prototype,
+            object.property(QStringLiteral("keys")),
+            object.property(QStringLiteral("getOwnPropertyNames")),
+            object.property(QStringLiteral("defineProperty")),
+            callOf,
+            prototype.property(QStringLiteral("propertyIsEnumerable"))};
 }
 
 } // namespace
@@ -147,20 +178,30 @@ struct KyScriptGlobalLink::Walk
 KyScriptGlobalLink::KyScriptGlobalLink(QJSEngine& inEngine)
     : mEngine(inEngine)
     , mStore(KyScriptGlobal::instance())
+    , mBuiltins(builtinsOf(inEngine))
     , mHole(inEngine.newObject())
-{
-    const QJSValue side = inEngine.evaluate(QString::fromLatin1(ScriptSide)).call();
-    mCopy = side.property(QStringLiteral("copy"));
-    mDiffer = side.property(QStringLiteral("differ"));
-    mEntries = side.property(QStringLiteral("entries"));
-}
+{}
 
 KyScriptGlobalLink::~KyScriptGlobalLink() = default;
 
+/// On first use: most engines of runners need none. Tried again when the stack was exhausted.
+void KyScriptGlobalLink::makeScriptSide()
+{
+    if (mCopy.isCallable())
+        return;
+    const QJSValue side = mEngine.evaluate(QString::fromLatin1(ScriptSide)).call(mBuiltins);
+    mCopy = side.property(QStringLiteral("copy"));
+    mEntries = side.property(QStringLiteral("entries"));
+    mPublish = side.property(QStringLiteral("publish"));
+}
+
 void KyScriptGlobalLink::load(QJSValue& ioGlobalObject)
 {
+    makeScriptSide();
     synchronise();
     QJSValue global = mCopy.call({mBase});
+    if (global.isError() || !global.isObject())
+        global = mEngine.toScriptValue(plainValues()); // the stack is exhausted, this needs less of it
     for (const QString& key : std::as_const(mHoles)) {
         const QJSValue value = script(mStore.values().value(key));
         if (value.isUndefined())
@@ -168,7 +209,12 @@ void KyScriptGlobalLink::load(QJSValue& ioGlobalObject)
         else
             global.setProperty(key, value);
     }
-    ioGlobalObject.setProperty(QStringLiteral("Global"), global);
+
+    const QString name = QStringLiteral("Global");
+    if (ioGlobalObject.hasOwnProperty(name))
+        ioGlobalObject.setProperty(name, global);
+    else
+        mPublish.call({ioGlobalObject, name, global}); // whatever the prototype has of that name
 }
 
 void KyScriptGlobalLink::save(const QJSValue& inGlobalObject)
@@ -178,10 +224,23 @@ void KyScriptGlobalLink::save(const QJSValue& inGlobalObject)
         return;
 
     synchronise();
-    const QJSValue changes = mDiffer.call({global, mBase});
-    const int count = changes.isArray() ? changes.property(QStringLiteral("length")).toInt() : 0;
+    const QJSValue changes = mEntries.call({global, mBase});
+    if (!changes.isArray()) {
+        KyScriptLog::line(2, QStringLiteral("Global can't be read, its values are not kept"));
+        return;
+    }
+    const int count = changes.property(QStringLiteral("length")).toInt();
     for (int i = 0; i + 1 < count; i += 2)
         keep(changes.property(quint32(i)).toString(), changes.property(quint32(i + 1)));
+}
+
+/// The store's values, with null in the place of those that are not plain.
+QVariantMap KyScriptGlobalLink::plainValues() const
+{
+    QVariantMap plain = mStore.values();
+    for (const QString& key : mHoles)
+        plain[key] = QVariant::fromValue(nullptr);
+    return plain;
 }
 
 /// Makes mBase anew when the store has other keys, or values from elsewhere, than when it was made.
@@ -191,14 +250,13 @@ void KyScriptGlobalLink::synchronise()
         return;
 
     mHoles.clear();
-    QVariantMap plain = mStore.values();
-    for (auto it = plain.begin(); it != plain.end(); ++it) {
-        if (isPlain(*it))
-            continue;
-        *it = QVariant::fromValue(nullptr);
-        mHoles.insert(it.key());
+    const QVariantMap& values = mStore.values();
+    for (auto it = values.begin(); it != values.end(); ++it) {
+        if (!isPlain(*it))
+            mHoles.insert(it.key());
     }
-    mBase = mEngine.toScriptValue(plain);
+    mBase = mEngine.toScriptValue(plainValues());
+    mBase.setPrototype(QJSValue(QJSValue::NullValue));
     for (const QString& key : std::as_const(mHoles))
         mBase.setProperty(key, mHole);
     mRevision = mStore.revision();
@@ -227,16 +285,14 @@ QVariant KyScriptGlobalLink::stored(const QJSValue& inValue, Walk& ioWalk) const
 {
     if (!ioWalk.count(1) || inValue.isUndefined() || inValue.isCallable() || inValue.isQMetaObject())
         return QVariant();
-    if (inValue.isNull() || inValue.isBool() || inValue.isNumber() || inValue.isString())
-        return inValue.toVariant();
     if (inValue.isQObject()) {
         QObject* object = inValue.toQObject();
         return object ? QVariant::fromValue(KyScriptHostObject{object}) : QVariant();
     }
-    if (inValue.isDate() || inValue.isRegExp() || inValue.isUrl() || inValue.isVariant())
-        return inValue.toVariant();
+    if (const QVariant form = ownForm(inValue); !isQJSValue(form))
+        return form;
     if (!inValue.isObject())
-        return QVariant();
+        return QVariant(); // a symbol
     return inValue.isArray() ? storedList(inValue, ioWalk) : storedObject(inValue, ioWalk);
 }
 
@@ -268,11 +324,7 @@ QVariant KyScriptGlobalLink::storedObject(const QJSValue& inObject, Walk& ioWalk
 
     const Walk::Step step(ioWalk, inObject);
     const QJSValue entries = mEntries.call({inObject});
-    if (entries.isNull()) { // an ArrayBuffer
-        const QByteArray bytes = inObject.toVariant().toByteArray();
-        return bytes.isNull() ? QByteArray("") : bytes; // a null array would come back as a broken buffer
-    }
-    const quint32 count = entries.isArray() ? entries.property(QStringLiteral("length")).toUInt() : 0;
+    const quint32 count = entries.property(QStringLiteral("length")).toUInt();
     for (quint32 i = 0; i + 1 < count; i += 2) {
         const QJSValue value = entries.property(i + 1);
         const QVariant kept = stored(value, ioWalk);

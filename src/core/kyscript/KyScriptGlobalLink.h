@@ -28,11 +28,12 @@ Q_DECLARE_METATYPE(KyScriptHostObject)
 /// the store's plain values, copies it for a run, and afterwards reads only what differs from it.
 ///
 /// Values go through QVariant. What has no such form (functions, symbols, classes) does not survive. Nothing
-/// that a script puts into `Global` harms the host: a getter that throws leaves its key as it was, cycles are
-/// cut to an empty object, and a value beyond the limits of depth and size is not kept, with a log line of
-/// level 2. A host object is kept weakly and comes back on the engine that knows it.
+/// that a script puts into `Global`, or does to the prototypes and functions of the language, harms the host
+/// or the store: a getter that throws leaves its key as it was, cycles are cut to an empty object, and a
+/// value beyond the limits of depth and size is not kept, with a log line of level 2. A host object is kept
+/// weakly and comes back on the engine that knows it.
 ///
-/// Owned by the engine that it serves.
+/// Owned by the engine that it serves, and made with it, before any script.
 class KyScriptGlobalLink
 {
 public:
@@ -50,7 +51,9 @@ public:
 private:
     struct Walk;
 
+    void makeScriptSide();
     void synchronise();
+    QVariantMap plainValues() const;
     void keep(const QString& inKey, const QJSValue& inValue);
     QVariant stored(const QJSValue& inValue, Walk& ioWalk) const;
     QVariant storedList(const QJSValue& inArray, Walk& ioWalk) const;
@@ -61,12 +64,13 @@ private:
     QJSEngine& mEngine;
     KyScriptGlobal& mStore;
 
-    QJSValue mCopy;    ///< Script function: a copy of an object.
-    QJSValue mDiffer;  ///< Script function: names and values that differ from a base, in turn.
-    QJSValue mEntries; ///< Script function: names and values of an object, in turn; null for an ArrayBuffer.
+    const QJSValueList mBuiltins; ///< As they were before any script could replace them.
+    QJSValue mCopy;               ///< Script function: a copy of an object.
+    QJSValue mEntries; ///< Script function: names and values of an object that differ from a base, in turn.
+    QJSValue mPublish; ///< Script function: sets an own property.
     QJSValue mHole;    ///< Stands in the base for a value that is no plain one, and equals nothing.
 
-    QJSValue mBase; ///< The store's plain values, holes for the others.
+    QJSValue mBase; ///< No prototype. The store's plain values, holes for the others.
     QSet<QString> mHoles;
     quint64 mRevision = 0; ///< Of the store when mBase was brought up to it; 0 when it is to be made anew.
 };

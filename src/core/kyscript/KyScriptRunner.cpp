@@ -5,6 +5,8 @@
 
 #include <rnlib/RnContract.h>
 
+#include <algorithm>
+
 namespace {
 
 constexpr const char* Context = "KyScriptRunner";
@@ -87,38 +89,53 @@ bool KyScriptRunner::hasCurrentContext() const
     return dbc_holds(hasEngine()) && !mContext.isUndefined();
 }
 
-/// Takes the name from the context, and the object with it, if it still lives.
-void KyScriptRunner::disposeOf(const QString& name, QObject* inObject)
+/// Takes the name from the context.
+void KyScriptRunner::withdraw(const QString& name)
 {
-    if (!mContext.isUndefined()) {
-        if (mContext.hasProperty(name))
-            mContext.deleteProperty(name);
-        dbc_holds(!mContext.hasProperty(name));
-    }
-    if (inObject)
-        inObject->deleteLater();
+    if (mContext.isUndefined())
+        return;
+    if (mContext.hasProperty(name))
+        mContext.deleteProperty(name);
+    dbc_holds(!mContext.hasProperty(name));
 }
 
 void KyScriptRunner::destroyCurrentContext()
 {
+    const KyScriptEngine::PendingError pending(engine());
     dbc_holds(hasCurrentContext());
     for (const auto& [name, object] : mContextObjects) {
-        if (object)
-            disposeOf(name, object);
+        if (!object)
+            continue;
+        withdraw(name);
+        object->deleteLater();
     }
     mContextObjects.clear();
     mContext = QJSValue();
 }
 
+/// Makes room for \a inHeir: withdraws what has the name, and disposes of it unless it is published
+/// otherwise.
+void KyScriptRunner::replace(const QString& inName, const QObject* inHeir)
+{
+    const auto it = mContextObjects.find(inName);
+    if (it == mContextObjects.end())
+        return;
+    withdraw(inName);
+    const QPointer<QObject> object = it->second;
+    mContextObjects.erase(it);
+    const bool hasOtherName = std::any_of(mContextObjects.begin(), mContextObjects.end(),
+                                          [&](const auto& row) { return row.second == object; });
+    if (object && object != inHeir && !hasOtherName)
+        object->deleteLater();
+}
+
 void KyScriptRunner::addScriptObjectToCurrentContext(const QString& inName, QObject* inObject)
 {
+    const KyScriptEngine::PendingError pending(engine());
     dbc_holds(hasCurrentContext());
     if (!mEngine)
         return;
-    if (const auto it = mContextObjects.find(inName); it != mContextObjects.end()) {
-        disposeOf(inName, it->second);
-        mContextObjects.erase(it);
-    }
+    replace(inName, inObject);
 
     // The context owns it: neither a garbage collection nor a script's destroy() may take it away before.
     if (inObject)
@@ -138,6 +155,7 @@ QJSValue KyScriptRunner::createObject()
 
 QJSValue KyScriptRunner::callableOrReport(const QJSValue& inObject, const QString& inName) const
 {
+    const KyScriptEngine::PendingError pending(engine());
     const QJSValue funcValue = inObject.property(inName);
     if (funcValue.isUndefined() || funcValue.isCallable())
         return funcValue;
@@ -156,6 +174,16 @@ QJSValue KyScriptRunner::getGlobalFunction(const QString& inName)
 {
     dbc_holds(!hasCurrentContext());
     return mEngine ? callableOrReport(mEngine->globalObject(), inName) : QJSValue();
+}
+
+KyScriptEngine* KyScriptRunner::engine() const
+{
+    return mEngine ? mEngine->jsEngine(false) : nullptr;
+}
+
+KyScriptEngine* KyScriptRunner::engineToCall() const
+{
+    return mEngine ? mEngine->jsEngine(true) : nullptr;
 }
 
 void KyScriptRunner::forwardArgs(QList<QJSValue>&) {}

@@ -1,13 +1,14 @@
 #pragma once
 
 #include "KyScriptAbstractEngine.h"
+#include "KyScriptArgument.h"
 #include "KyScriptEngine.h"
+#include "KyScriptPendingError.h"
 
 #include <QtCore/QPointer>
 
 #include <map>
-#include <string>
-#include <type_traits>
+#include <memory>
 
 class KyScriptProgram;
 
@@ -55,7 +56,8 @@ public:
     void destroyCurrentContext();
 
     /// Publishes \a inObject as the global \a inName, which must be an identifier, until the context ends.
-    /// The context owns it from now on. An object of that name is replaced and disposed of.
+    /// The context owns it from now on. Another object of that name is replaced, and disposed of unless it
+    /// has a further name in the context; the same object stays as it is.
     void addScriptObjectToCurrentContext(const QString& inName, QObject* inObject);
 
     /// A new script object of the engine, to be filled and passed as an argument.
@@ -67,59 +69,61 @@ public:
     /// The same while no context is open.
     QJSValue getGlobalFunction(const QString& inName);
 
-    /// Calls \a inFunction, got by one of the operations above, with any number of arguments: numbers, bool,
-    /// texts (QString, const char* and std::string, both UTF-8), QByteArray as an ArrayBuffer, QObject
-    /// pointers, whose ownership does not change, QJSValues, and whatever else QJSEngine::toScriptValue()
-    /// takes, such as QVariantMap.
+    /// Calls \a inFunction, got by one of the operations above, with any number of arguments:
+    ///
+    /// - numbers and enumerations: a number, exact to 53 bits; bool: a boolean
+    /// - texts, views of texts and characters of all sorts: a text; bytes in `const char*` and `std::string`
+    ///   are UTF-8
+    /// - QByteArray and QByteArrayView: an ArrayBuffer
+    /// - pointers to a QObject, also in a QPointer: the object, whose ownership does not change; null: null
+    /// - QJSValue: the value itself
+    /// - QDate and QTime, also in a QVariant: what KyScriptEngine::convertVariant() makes of them
+    /// - QVariant, QVariantMap, QDateTime, QUrl, QRegularExpression, JSON, points, sizes, rectangles,
+    /// gadgets:
+    ///   what QJSEngine::toScriptValue() gives
+    /// - maps from texts to any of these: an object; lists, arrays and sets of any of these: an array
+    ///
+    /// Another type is refused by the compiler.
     ///
     /// \return the value of the call; an error value (`isError()`) after an uncaught error, which is not
-    /// logged; undefined for anything that is not callable, and without an engine.
+    /// logged; undefined for anything that is not callable, and without an engine. An error that host code
+    /// has left pending on the engine is logged, or left to the script that is calling.
     template <class... Args>
     QJSValue callFunction(const QJSValue& inFunction, const Args&... inArgs)
     {
+        KyScriptEngine* const engine = engineToCall();
+        if (!engine)
+            return QJSValue();
+        const KyScriptEngine::PendingError pending(engine);
         QList<QJSValue> args;
         args.reserve(qsizetype(sizeof...(Args)));
-        forwardArgs(args, inArgs...);
-        return inFunction.call(args);
+        forwardArgs(args, *engine, inArgs...);
+        return engine->callCounted(inFunction, args);
     }
 
 private:
     template <class First, class... Rest>
-    void forwardArgs(QList<QJSValue>& ioArgs, const First& inFirst, const Rest&... inRest)
+    void forwardArgs(QList<QJSValue>& ioArgs, KyScriptEngine& ioEngine, const First& inFirst,
+                     const Rest&... inRest)
     {
-        ioArgs.append(toArgument(inFirst));
-        forwardArgs(ioArgs, inRest...);
+        static_assert(
+            KyScriptArgument::isPossible<First>(),
+            "callFunction() has no script value for this type of argument: convert it, for example to "
+            "QString, QVariantMap or QJSValue, or pass a QObject");
+        if constexpr (KyScriptArgument::isPossible<First>())
+            ioArgs.append(KyScriptArgument::of(ioEngine, inFirst));
+        forwardArgs(ioArgs, ioEngine, inRest...);
     }
+    void forwardArgs(QList<QJSValue>& ioArgs, KyScriptEngine&) { forwardArgs(ioArgs); }
     void forwardArgs(QList<QJSValue>&);
 
-    template <class T>
-    QJSValue toArgument(const T& inValue) const
-    {
-        if constexpr (std::is_same_v<T, QJSValue>)
-            return inValue;
-        else if constexpr (std::is_convertible_v<T, QObject*>)
-            return scriptValue<QObject*>(inValue);
-        else if constexpr (std::is_same_v<T, QByteArray>)
-            return scriptValue(inValue.isNull() ? QByteArray("") : inValue); // a null one would be unusable
-        else if constexpr (std::is_convertible_v<T, const char*>)
-            return scriptValue(QString::fromUtf8(static_cast<const char*>(inValue)));
-        else if constexpr (std::is_same_v<T, std::string>)
-            return scriptValue(QString::fromStdString(inValue));
-        else if constexpr (std::is_integral_v<T> && sizeof(T) >= sizeof(int) && !std::is_same_v<T, int>)
-            return QJSValue(double(inValue)); // a long would arrive as an opaque object
-        else
-            return scriptValue(inValue);
-    }
-
-    template <class T>
-    QJSValue scriptValue(const T& inValue) const
-    {
-        KyScriptEngine* engine = mEngine ? mEngine->jsEngine(true) : nullptr;
-        return engine ? engine->toScriptValue(inValue) : QJSValue();
-    }
+    KyScriptEngine* engine() const;
+    /// A report when the engine has gone.
+    KyScriptEngine* engineToCall() const;
 
     QJSValue callableOrReport(const QJSValue& inObject, const QString& inName) const;
-    void disposeOf(const QString& inName, QObject* inObject);
+    void withdraw(const QString& inName);
+    void replace(const QString& inName, const QObject* inHeir);
 
     std::unique_ptr<KyScriptAbstractEngine> mEngine;
     QJSValue mContext;
