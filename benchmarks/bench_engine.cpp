@@ -5,10 +5,14 @@
 #include <kyscript/KyScriptAbstractEngine.h>
 #include <kyscript/KyScriptEngine.h>
 #include <kyscript/KyScriptExternalObject.h>
+#include <kyscript/KyScriptFileDialog.h>
+#include <kyscript/KyScriptFileWriter.h>
 #include <kyscript/KyScriptMessage.h>
 #include <kyscript/KyScriptProgram.h>
 #include <kyscript/KyScriptRunner.h>
 #include <kyscript/KyScriptStudy.h>
+#include <kyscript/KyScriptSystem.h>
+#include <kyscript/KyScriptXmlFileWriter.h>
 
 #include <ovbase/OvPropertyPool.h>
 #include <ovbase/OvRegistry.h>
@@ -38,6 +42,15 @@ void add(const char* inName, Body inBody)
     benchmark::RegisterBenchmark(inName, [=](benchmark::State& state) { inBody(state); });
 }
 
+/// With one object made of it, as the engine checks it.
+template <class T>
+void addConstructible(QJSEngine& ioEngine, const char* inName)
+{
+    const QString name = QString::fromLatin1(inName);
+    ioEngine.globalObject().setProperty(name, ioEngine.newQMetaObject(&T::staticMetaObject));
+    benchmark::DoNotOptimize(ioEngine.evaluate(QStringLiteral("typeof new %1();").arg(name)));
+}
+
 void addConstruction()
 {
     add("engine with all options", [](benchmark::State& state) {
@@ -54,6 +67,10 @@ void addConstruction()
             global.setProperty(QStringLiteral("StudyList"),
                                engine.newQObject(new KyScriptStudyList(&engine)));
             global.setProperty(QStringLiteral("Message"), engine.newQObject(new KyScriptMessage(&engine)));
+            global.setProperty(QStringLiteral("System"), engine.newQObject(new KyScriptSystem(&engine)));
+            addConstructible<KyScriptXmlFileWriter>(engine, "XmlFileWriter");
+            addConstructible<KyScriptFileWriter>(engine, "FileWriter");
+            addConstructible<KyScriptFileDialog>(engine, "FileDialog");
             global.setProperty(QStringLiteral("Global"), engine.newObject());
         }
     });

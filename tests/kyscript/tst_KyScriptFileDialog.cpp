@@ -5,6 +5,7 @@
 #include <support/ModalAnswer.h>
 
 #include <kyscript/KyScriptEngine.h>
+#include <kyscript/KyScriptFileDialog.h>
 
 #include <QDir>
 #include <QFileDialog>
@@ -24,6 +25,8 @@ class tst_KyScriptFileDialog : public QObject
 private slots:
     void init();
     void cleanup();
+
+    void scriptsMakeTheirOwn();
 
     void dialogProposesAFileInTheDownloads();
     void dialogIsCaptionedInTheUsersLanguage();
@@ -75,6 +78,16 @@ void tst_KyScriptFileDialog::cleanup()
     mHome.reset();
     QVERIFY2(broken.isEmpty(), qPrintable(broken));
     QVERIFY(!QApplication::activeModalWidget());
+}
+
+void tst_KyScriptFileDialog::scriptsMakeTheirOwn()
+{
+    QCOMPARE(KyScriptFileDialog::staticMetaObject.constructorCount(), 2); // with and without a parent
+    QCOMPARE(text("var a = new FileDialog(), b = new FileDialog(a); a !== b && typeof b"),
+             QStringLiteral("object"));
+    text("a.destroy()"); // and with it what belongs to it
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(text("Object.keys(b).length"), QStringLiteral("0"));
 }
 
 void tst_KyScriptFileDialog::dialogProposesAFileInTheDownloads()

@@ -34,6 +34,8 @@ private slots:
     void init();
     void cleanup();
 
+    void scriptsMakeTheirOwn();
+
     // names
     void openFileNamesTheFile_data();
     void openFileNamesTheFile();
@@ -179,6 +181,16 @@ QByteArray tst_KyScriptFileWriter::afterWriting(const QString& inSource)
         mEngine->evaluate("w.openFile(D, 'f', false);" + inSource + "; w.closeFile(); 'written'");
     QTest::qCompare(value.toString(), QStringLiteral("written"), "value", "written", __FILE__, __LINE__);
     return read(path("f.txt"));
+}
+
+void tst_KyScriptFileWriter::scriptsMakeTheirOwn()
+{
+    QCOMPARE(KyScriptFileWriter::staticMetaObject.constructorCount(), 2); // with and without a parent
+    QCOMPARE(text("var a = new FileWriter(), b = new FileWriter(a); a !== b && typeof b"),
+             QStringLiteral("object"));
+    text("a.destroy()"); // and with it what belongs to it
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(text("Object.keys(b).length"), QStringLiteral("0"));
 }
 
 void tst_KyScriptFileWriter::addObstacles()

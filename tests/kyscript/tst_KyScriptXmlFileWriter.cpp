@@ -33,6 +33,8 @@ private slots:
     void init();
     void cleanup();
 
+    void scriptsMakeTheirOwn();
+
     // files
     void openFileNamesTheFile_data();
     void openFileNamesTheFile();
@@ -139,6 +141,16 @@ QByteArray tst_KyScriptXmlFileWriter::read(const QString& inPath)
 {
     QFile file(inPath);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("not there");
+}
+
+void tst_KyScriptXmlFileWriter::scriptsMakeTheirOwn()
+{
+    QCOMPARE(KyScriptXmlFileWriter::staticMetaObject.constructorCount(), 2); // with and without a parent
+    QCOMPARE(text("var a = new XmlFileWriter(), b = new XmlFileWriter(a); a !== b && typeof b"),
+             QStringLiteral("object"));
+    text("a.destroy()"); // and with it what belongs to it
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(text("Object.keys(b).length"), QStringLiteral("0"));
 }
 
 void tst_KyScriptXmlFileWriter::openFileNamesTheFile_data()
