@@ -29,6 +29,9 @@ private slots:
     void dictationIsStarted_data();
     void dictationIsStarted();
     void dictationNeedsAProgramAndAStudy();
+    void fileIsWatched();
+    void watchEndsWhenNobodyWrites();
+    void programGoesOnWhenTheClientEnds();
     void samplesOfTheGuideRun_data();
     void samplesOfTheGuideRun();
 
@@ -193,6 +196,47 @@ void tst_fileExamples::dictationNeedsAProgramAndAStudy()
     const Outcome empty = run({SCRIPTS "/start_dictation.js"});
     QCOMPARE(empty.status, 1);
     QVERIFY(empty.err.contains("There is no study"));
+}
+
+void tst_fileExamples::fileIsWatched()
+{
+    QProcess process;
+    process.start(KYRUN, {"--timeout", "60", SCRIPTS "/watch_file.js", path("dictated.txt")});
+    QVERIFY(process.waitForStarted(60000));
+    QTest::qWait(300); // it looks before the file is there, or does not even run yet
+    QFile file(path("part"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("Gr\xc3\xb6\xc3\x9f"
+               "e: 12 mm");
+    file.close();
+    QVERIFY(file.rename(path("dictated.txt")));
+    QVERIFY(process.waitForFinished(90000));
+    QCOMPARE(process.readAllStandardError(), QByteArray());
+    QCOMPARE(process.readAllStandardOutput(), QByteArray("Gr\xc3\xb6\xc3\x9f"
+                                                         "e: 12 mm\n"));
+    QCOMPARE(process.exitCode(), 0);
+}
+
+void tst_fileExamples::watchEndsWhenNobodyWrites()
+{
+    const Outcome outcome = run({SCRIPTS "/watch_file.js", path("dictated.txt"), "0.5"});
+    QCOMPARE(outcome.status, 1);
+    QCOMPARE(outcome.out, QString());
+    QVERIFY(outcome.err.contains("Nobody has written " + path("dictated.txt")));
+}
+
+void tst_fileExamples::programGoesOnWhenTheClientEnds()
+{
+    const Outcome outcome = run(
+        {"-e", "System.processCmd(Runner.args[0], ['wait', Runner.args[1]])", PROCESS_SAMPLE, path("mark")});
+    QCOMPARE(outcome.err, QString());
+    QCOMPARE(outcome.status, 0);
+    QTRY_VERIFY(QFile::exists(path("mark")));
+    const QByteArray stat = "/proc/" + read(path("mark")) + "/stat";
+    QTest::qWait(100);
+    QVERIFY(QRegularExpression("\\) [RS] ").match(read(stat)).hasMatch());
+    QVERIFY(QFile::remove(path("mark")));
+    QTRY_VERIFY(!QRegularExpression("\\) [RSD] ").match(read(stat)).hasMatch());
 }
 
 void tst_fileExamples::samplesOfTheGuideRun_data()

@@ -308,13 +308,10 @@ void tst_KyScriptFileWriter::timestampIsTheLocalTime()
 void tst_KyScriptFileWriter::timestampFollowsTheLocalTimeAcrossAChange()
 {
     const QDateTime change = QDateTime::currentDateTimeUtc().addMSecs(1500);
-    const int day = change.date().dayOfYear();
-    const int dayWithout29February =
-        QDate::isLeapYear(change.date().year()) && change.date().month() > 2 ? day - 1 : day;
-    const TimeZone zone(QStringLiteral("AAA0BBB,J%1/%2,J%3/%2")
-                            .arg(dayWithout29February)
-                            .arg(change.time().toString("hh:mm:ss"))
-                            .arg(dayWithout29February > 180 ? 1 : 364)
+    const int day = change.date().dayOfYear() - 1; // counts a leap day, from 0
+    const TimeZone zone(QStringLiteral("AAA0BBB,%1/%2,%3/%2")
+                            .arg(QString::number(day), change.time().toString("hh:mm:ss"),
+                                 QString::number(day > 180 ? 0 : 364))
                             .toLatin1());
     const auto stampOfANewFile = [this] {
         for (const QString& file : files())
