@@ -25,6 +25,7 @@
 #include <QtWidgets/QSplitter>
 #include <QtWidgets/QStackedWidget>
 #include <QtWidgets/QStatusBar>
+#include <QtWidgets/QToolBar>
 
 namespace {
 
@@ -124,6 +125,7 @@ QDockWidget& KyMainWindow::addPanel(const Panel& inPanel, QWidget* inContent)
         addDockWidget(Qt::BottomDockWidgetArea, dock);
         if (!present.isEmpty())
             tabifyDockWidget(present.last(), dock);
+        dock->setVisible(inPanel.isOpenAtFirst);
     }
 
     QAction* entry = dock->toggleViewAction();
@@ -131,6 +133,14 @@ QDockWidget& KyMainWindow::addPanel(const Panel& inPanel, QWidget* inContent)
     entry->setShortcut(inPanel.keys);
     mViewMenu->addAction(entry);
     return *dock;
+}
+
+void KyMainWindow::addTools(QToolBar* inToolBar)
+{
+    addToolBar(inToolBar);
+    restoreState(KyStoredState::read(DocksState));
+    inToolBar->toggleViewAction()->setText(tr("&Tool Bar"));
+    mViewMenu->addAction(inToolBar->toggleViewAction());
 }
 
 void KyMainWindow::makeMenus()

@@ -34,11 +34,16 @@ public:
         QString name;
         QString title; ///< With the mnemonic of its menu entry.
         QKeySequence keys;
+        bool isOpenAtFirst = true; ///< Unless the user's own state of it is known.
     };
 
     /// Adds a panel below the central area, as a tab of those that are there, or where the user has put the
     /// one of this name; the View menu gets an entry that shows and hides it. The window owns \a inContent.
     QDockWidget& addPanel(const Panel& inPanel, QWidget* inContent);
+
+    /// Adds the tool bar, which the window owns, above or where the user has put the one of its object name;
+    /// the View menu gets an entry that shows and hides it.
+    void addTools(QToolBar* inToolBar);
 
     /// Puts \a inArea, which the window owns, below the study list, in place of the one before, which is
     /// deleted. Null leaves all the room to the study list, as at first.

@@ -21,6 +21,7 @@ QList<QCommandLineOption> valueOptions()
         {name("property"), tr("Set an application property for this session (repeatable)."), name("ID=TEXT")},
         {name("profile"), tr("Keep settings and data below DIR instead of the user's configuration folder."),
          name("DIR")},
+        {name("tools"), tr("Load a tool configuration file (repeatable)."), name("FILE")},
         {name("proxy"), tr("The configured HTTP proxy of the client."), name("HOST:PORT")},
         {name("log"), tr("Write the log also to FILE, \"-\" for standard error."), name("FILE")}};
 }
@@ -65,6 +66,7 @@ KyWorkstationOptions::Outcome KyWorkstationOptions::parse(const QStringList& inA
     outText = parseValues(parser, host);
     host.studyFolders = parser.values(name("studies")) + parser.positionalArguments();
     host.additionalFolders = parser.values(name("additional"));
+    host.toolFiles = parser.values(name("tools"));
     host.profile = parser.isSet(name("profile"))
                        ? parser.value(name("profile"))
                        : QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);

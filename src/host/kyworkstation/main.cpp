@@ -3,6 +3,7 @@
 #include "KyMainWindow.h"
 #include "KyScriptingMenu.h"
 #include "KyWorkstationOptions.h"
+#include "KyWorkstationTools.h"
 
 #include <common/KyHostPlatform.h>
 #include <common/KyMessageLog.h>
@@ -11,6 +12,7 @@
 
 #include <QtGui/QIcon>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QStatusBar>
 
 #include <cstdio>
 
@@ -51,7 +53,11 @@ int runWindow(const KyWorkstationOptions& inOptions)
             KyWorkstationOptions::tr("There is no property %1 that takes this text").arg(badProperty));
 
     KyMainWindow window;
+    KyWorkstationTools tools(window, platform.reportEditor());
+    const QStringList badTools = tools.load(inOptions.host.profile, inOptions.host.toolFiles);
     window.show();
+    if (!badTools.isEmpty())
+        window.statusBar()->showMessage(badTools.first());
     for (const QString& folder : inOptions.host.studyFolders)
         window.openFolder(folder);
     for (const QString& folder : inOptions.host.additionalFolders)
