@@ -231,6 +231,7 @@ private slots:
     void hintWithoutAToolBarDoesNothing();
 
     // session and server
+    void sessionIdIsThatOfTheSession();
     void withoutASessionThingsAreNeutral();
     void commandsGoToTheServer();
     void withoutAServerCommandsDoNothing();
@@ -786,14 +787,27 @@ void tst_KyScriptOrvane::hintWithoutAToolBarDoesNothing()
     QCOMPARE(text("Orvane.setDisplayHint('x'); 'done'"), QStringLiteral("done"));
 }
 
+void tst_KyScriptOrvane::sessionIdIsThatOfTheSession()
+{
+    const int id = KySessionContext::currentInstanceID().value;
+    QVERIFY(id != 0);
+    QCOMPARE(text("typeof Orvane.getSessionContextID() + Orvane.getSessionContextID()"),
+             QStringLiteral("number%1").arg(id));
+    KySessionContext next;
+    QCOMPARE(text("Orvane.getSessionContextID()"),
+             QString::number(KySessionContext::currentInstanceID().value));
+    QVERIFY(KySessionContext::currentInstanceID().value != id);
+}
+
 void tst_KyScriptOrvane::withoutASessionThingsAreNeutral()
 {
     {
         const KySessionContext newer;
     }
-    QCOMPARE(text("Orvane.extAcc = ['A1'];"
-                  "[Orvane.isOutOfSync(), Orvane.showOutOfSyncWarning()].join()"),
-             QStringLiteral("false,0"));
+    QCOMPARE(
+        text("Orvane.extAcc = ['A1'];"
+             "[Orvane.getSessionContextID(), Orvane.isOutOfSync(), Orvane.showOutOfSyncWarning()].join()"),
+        QStringLiteral("0,false,0"));
 }
 
 void tst_KyScriptOrvane::commandsGoToTheServer()

@@ -188,6 +188,11 @@ void KyScriptOrvane::setDisplayHint(QString text)
         toolBar->setDisplayHint(text);
 }
 
+int KyScriptOrvane::getSessionContextID() const
+{
+    return KySessionContext::currentInstanceID().value;
+}
+
 void KyScriptOrvane::exec(QString inCommand, QString inArguments)
 {
     if (OvServerPeer* peer = OvServerPeer::instance())

@@ -61,6 +61,8 @@ public:
 
     // Session and render server
 
+    /// The number of the session; 0 without one.
+    Q_INVOKABLE int getSessionContextID() const;
     /// Runs a command on the render server. Neutral: nothing happens.
     Q_INVOKABLE void exec(QString inCommand, QString inArguments);
     /// Runs a command on the render server and gives its answer, read as Latin-1. Neutral: empty.

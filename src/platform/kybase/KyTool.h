@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KyNotifiable.h"
+
 #include <memory>
 #include <set>
 #include <string>
@@ -14,15 +16,15 @@ class KyToolUI;
 /// it (KyToolRegistry) and how it gets its looks (KyToolDecorations). What shows it on the screen are its
 /// UIs; they hold it weakly and are disabled when it ends. GUI thread only.
 ///
+/// It hears of notifications as soon as it tells KyNotifiables which ones.
+///
 /// An activatable tool is on or off, and each trigger turns it over. Any other tool does one thing.
-class KyTool : public std::enable_shared_from_this<KyTool>
+class KyTool : public KyNotifiable, public std::enable_shared_from_this<KyTool>
 {
 public:
     /// \a inDecorationKey is Latin-1. A tool with a null or empty key is not registered.
     explicit KyTool(const char* inDecorationKey);
-    virtual ~KyTool();
-    KyTool(const KyTool&) = delete;
-    KyTool& operator=(const KyTool&) = delete;
+    ~KyTool() override;
 
     const std::string& decorationKey() const { return mDecorationKey; }
 

@@ -11,6 +11,7 @@
 #include <type_traits>
 
 static_assert(std::has_virtual_destructor_v<KyTool>);
+static_assert(std::is_base_of_v<KyNotifiable, KyTool>);
 static_assert(std::is_base_of_v<std::enable_shared_from_this<KyTool>, KyTool>);
 static_assert(std::is_base_of_v<KyToolAspect::UnDeletable<KyTool>, KyObsoleteTrigger>);
 
