@@ -4,6 +4,7 @@
 
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
+#include <QtCore/QVariant>
 
 #include <map>
 
@@ -71,6 +72,47 @@ public:
     Q_INVOKABLE int showOutOfSyncWarning();
     /// Whether the session shows something else than what extAcc names. Neutral: false.
     Q_INVOKABLE bool isOutOfSync();
+
+    // Properties of the application. What goes wrong with a value stands in the log, under "Script Interface"
+    // at level 3, and is not told to the script.
+
+    /// The text form of a property; empty for an unknown one.
+    Q_INVOKABLE QString propertyValue(const QString& inPropertyId) const;
+    /// Sets a property from its text form, in the layer of scripts. False for an unknown one. A text that the
+    /// property can't read leaves it as it is, and the result is true all the same.
+    Q_INVOKABLE bool setPropertyValue(const QString& inPropertyId, const QString& inValue);
+    /// The value of a property: bool, int, double, QStringList, or else its text form. Invalid for an unknown
+    /// one.
+    Q_INVOKABLE QVariant propertyVariant(const QString& inPropertyId) const;
+    /// Sets a property in the layer of scripts. False for an unknown one. The value must be of the property's
+    /// own type, else it is logged and nothing changes; the result is true all the same.
+    Q_INVOKABLE bool setPropertyVariant(const QString& inPropertyId, const QVariant& inValue);
+    /// Takes back what scripts have set, so that the value beneath is in effect. False for an unknown
+    /// property.
+    Q_INVOKABLE bool removePropertyValue(const QString& inPropertyId);
+    /// Makes a property of the type of \a inDefault, which stays until the application ends, and labels each
+    /// level of its id with the same part of \a inPropertyLabel. One that is there keeps its value.
+    Q_INVOKABLE void registerProperty(const QString& inPropertyId, const QString& inPropertyLabel,
+                                      const QVariant& inDefault);
+    /// The same for a floating point number, also when the default is a whole one.
+    Q_INVOKABLE void registerPropertyFloatingPoint(const QString& inPropertyId,
+                                                   const QString& inPropertyLabel, double inDefault);
+
+    // Settings outside of the properties. A key that begins with "\", "/" or "HKEY" names a location of the
+    // operating system's own store and a value there, joined by "\" or "/"; any other one is a key of the
+    // application's own settings, with "/" between groups.
+
+    /// Stores a value. Always true, also when it could not be stored. Of functions, symbols and host objects
+    /// undefined is stored.
+    Q_INVOKABLE bool setRegistryValue(const QString& inKey, const QVariant& inValue);
+    /// The stored value, or the default when there is none.
+    Q_INVOKABLE QVariant getRegistryValue(const QString& inKey,
+                                          const QVariant& inDefaultValue = QVariant()) const;
+    /// Removes a value, and all below its key. Always true.
+    Q_INVOKABLE bool removeRegistryValue(const QString& inKey);
+    /// The keys of all values below a group of the application's settings, or below a location, relative to
+    /// it; those of all the application's settings for the empty path.
+    Q_INVOKABLE QStringList registryKeys(const QString& inPath = QString()) const;
 
     QStringList extAcc() const { return mExtAcc; }
     /// An equal list changes nothing.

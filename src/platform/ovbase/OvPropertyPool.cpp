@@ -21,8 +21,6 @@ std::function<bool()>& clientQuestion()
     return sQuestion;
 }
 
-constexpr std::size_t MaxIdLength = 1024;
-
 bool isIdCharacter(char inCharacter)
 {
     const auto code = static_cast<unsigned char>(inCharacter);

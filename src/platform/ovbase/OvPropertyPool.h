@@ -41,9 +41,12 @@ public:
     /// start, stands for no connection. Always there; whoever sets it takes it back before it ends.
     static void setClientQuestion(std::function<bool()> inQuestion);
 
-    /// Whether \a inId may name a property: 1 to 1024 printable Latin-1 characters, not all of them dots,
-    /// none of them "?", which is what characters outside Latin-1 become and would make different ids one.
-    /// Empty components are allowed.
+    /// Longer ids name no property.
+    static constexpr int MaxIdLength = 1024;
+
+    /// Whether \a inId may name a property: 1 to MaxIdLength printable Latin-1 characters, not all of them
+    /// dots, none of them "?", which is what characters outside Latin-1 become and would make different ids
+    /// one. Empty components are allowed.
     static bool validPropertyName(const std::string& inId);
 
     /// The property of this id; null when there is none.
