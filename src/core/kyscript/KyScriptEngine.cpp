@@ -6,6 +6,7 @@
 #include "KyScriptFileDialog.h"
 #include "KyScriptFileWriter.h"
 #include "KyScriptGlobalLink.h"
+#include "KyScriptHttpRequest.h"
 #include "KyScriptIdGenerator.h"
 #include "KyScriptInterface.h"
 #include "KyScriptLog.h"
@@ -19,6 +20,9 @@
 #include "KyScriptStudy.h"
 #include "KyScriptSystem.h"
 #include "KyScriptTimer.h"
+#include "KyScriptUrl.h"
+#include "KyScriptWebSocket.h"
+#include "KyScriptWebSocketServer.h"
 #include "KyScriptXmlFileWriter.h"
 
 #include <kybase/KyTool.h>
@@ -53,10 +57,10 @@ KyScriptEngine* KyScriptEngine::of(const QObject* inObject)
 }
 
 /// The global is owned by this side: a script's destroy() and the garbage collector leave it alone.
-template <class T>
-T* KyScriptEngine::addInstance(const char* inName)
+template <class T, class... Arguments>
+T* KyScriptEngine::addInstance(const char* inName, Arguments... inArguments)
 {
-    auto* object = new T(this);
+    auto* object = new T(this, inArguments...);
     setObjectOwnership(object, CppOwnership);
     mGlobalObject.setProperty(QString::fromLatin1(inName), newQObject(object));
     return object;
@@ -75,6 +79,12 @@ void KyScriptEngine::installGlobals()
         mMessage = addInstance<KyScriptMessage>("Message");
     if (mOptions & ScriptSystem)
         mSystem = addInstance<KyScriptSystem>("System");
+    if (mOptions & ScriptUrl)
+        mUrl = addInstance<KyScriptUrl>("Url");
+    if (mOptions & ScriptWebSocketServer) {
+        mWebSocketServer = addInstance<KyScriptWebSocketServer>("WebSocketServer", false);
+        addInstance<KyScriptWebSocketServer>("WebSocketServerSSL", true);
+    }
 
     if (mOptions & ScriptXmlFileWriter)
         addGlobalObjectFromMetaObject<KyScriptXmlFileWriter>(*this, QStringLiteral("XmlFileWriter"));
@@ -82,8 +92,12 @@ void KyScriptEngine::installGlobals()
         addGlobalObjectFromMetaObject<KyScriptFileWriter>(*this, QStringLiteral("FileWriter"));
     if (mOptions & ScriptFileDialog)
         addGlobalObjectFromMetaObject<KyScriptFileDialog>(*this, QStringLiteral("FileDialog"));
+    if (mOptions & ScriptHttpRequest)
+        addGlobalObjectFromMetaObject<KyScriptHttpRequest>(*this, QStringLiteral("HttpRequest"));
     if (mOptions & ScriptIdGenerator)
         addGlobalObjectFromMetaObject<KyScriptIdGenerator>(*this, QStringLiteral("IdGenerator"));
+    if (mOptions & ScriptWebSocket)
+        addGlobalObjectFromMetaObject<KyScriptWebSocket>(*this, QStringLiteral("WebSocket"));
     if (mOptions & ScriptTimer)
         addGlobalObjectFromMetaObject<KyScriptTimer>(*this, QStringLiteral("Timer"));
 

@@ -17,6 +17,8 @@ class KyScriptOrvane;
 class KyScriptProgram;
 class KyScriptStudyList;
 class KyScriptSystem;
+class KyScriptUrl;
+class KyScriptWebSocketServer;
 class MyPrintHelper;
 class QTextEdit;
 
@@ -106,8 +108,8 @@ private:
 
     class PendingError;
 
-    template <class T>
-    T* addInstance(const char* inName);
+    template <class T, class... Arguments>
+    T* addInstance(const char* inName, Arguments... inArguments);
     void installGlobals();
     void forwardExtAcc();
     bool wants(int inExternalOption) const;
@@ -122,6 +124,8 @@ private:
     KyScriptStudyList* mStudyList = nullptr;
     KyScriptMessage* mMessage = nullptr;
     KyScriptSystem* mSystem = nullptr;
+    KyScriptUrl* mUrl = nullptr;
+    KyScriptWebSocketServer* mWebSocketServer = nullptr;
     QList<QPointer<QObject>> mObjectsToDestroy;
     int mOptions = 0;
     QPointer<MyPrintHelper> mPrintHelper;
