@@ -9,6 +9,7 @@
 #include <kyscript/KyScriptRunner.h>
 #include <kyscript/KyScriptStudy.h>
 #include <kyscript/KyScriptTool.h>
+#include <kyscript/KyUrlCall.h>
 
 #include <kybase/KyToolRegistry.h>
 
@@ -46,6 +47,7 @@ private slots:
     void externalObjectAndClassReachScripts();
     void worklistCallbackIsAssignable();
     void toolsComeFromAFile();
+    void urlIsCalled();
     void nothingButTheBoundaryIsExported();
 };
 
@@ -115,6 +117,14 @@ void tst_boundary::toolsComeFromAFile()
     KyScriptTool::clearTools();
 }
 
+void tst_boundary::urlIsCalled()
+{
+    QObject parent;
+    auto* call = new KyUrlCall(&parent);
+    call->sendRequest("data:text/plain,called");
+    QCOMPARE(call->parent(), &parent);
+}
+
 void tst_boundary::nothingButTheBoundaryIsExported()
 {
     QProcess nm;
@@ -124,10 +134,11 @@ void tst_boundary::nothingButTheBoundaryIsExported()
     for (const char* exported :
          {"KyScriptEngine::runScript", "KyScriptProgram::extractScript", "KyScriptRunner::initEngine",
           "KyScriptExternalObject::registerExternalCreator", "KyScriptStudy::worklistDataCB",
-          "KyScriptTool::loadTools"})
+          "KyUrlCall::sendRequest", "KyScriptTool::loadTools"})
         QVERIFY2(symbols.contains(exported), exported);
-    for (const char* hidden : {"KyScriptGlobalLink", "KyScriptOrvane::tool", "KyScriptMessage::show",
-                               "KyScriptStudyOrder", "KyScriptRunLog"})
+    for (const char* hidden :
+         {"KyScriptGlobalLink", "KyScriptOrvane::tool", "KyScriptMessage::show", "KyScriptStudyOrder",
+          "KyScriptRunLog", "KyScriptHttpRequest", "KyScriptProxy", "KyScriptWebSocket"})
         QVERIFY2(!symbols.contains(hidden), hidden);
 }
 

@@ -65,7 +65,7 @@ void KyScriptWebSocketServer::startServer()
     delete mServer;
     mServer = nullptr;
     JxMessageBox::warning(QStringLiteral("WebSocketServer could not listen"), QMessageBox::Ok,
-                          QMessageBox::NoButton, {});
+                          QMessageBox::NoButton, JxMessageBox::InformativeText());
 }
 
 void KyScriptWebSocketServer::makeServer()

@@ -77,7 +77,8 @@ void KyUrlCall::replyFinished(QNetworkReply* reply)
     if (!isRefusalOfThePage(error)) {
         // Its loop may end this object, and the reply.
         const KyScriptSender<QNetworkAccessManager>::Handling handling(*mManager);
-        JxMessageBox::critical(errorText, QMessageBox::Ok, QMessageBox::NoButton, {});
+        JxMessageBox::critical(errorText, QMessageBox::Ok, QMessageBox::NoButton,
+                               JxMessageBox::InformativeText());
     }
     getTheLogInstance().errorf("URL error: %s", errorText.toLatin1().constData());
 }
