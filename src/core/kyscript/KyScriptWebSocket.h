@@ -17,9 +17,9 @@ class QWebSocket;
 /// lost connection. A lost connection is reopened at once while the budget lasts. An object joined to a
 /// client of the server has neither heartbeat nor budget.
 ///
-/// What a handler may answer with a wait is told to it by the event loop, never from inside Qt's socket, which
-/// does not survive that. Messages come one after the other: those that arrive while a handler waits are told
-/// when it has returned.
+/// What a handler may answer with a wait is told to it by the event loop, never from inside Qt's socket,
+/// which does not survive that. Messages come one after the other: those that arrive while a handler waits
+/// are told when it has returned.
 ///
 /// Heartbeat: a ping goes out on connecting, and a further one when the interval is over and the pong has
 /// come. An interval without a pong takes one from the budget and reopens a socket that is no longer
