@@ -40,9 +40,18 @@ QObject* KyScriptWebSocketServer::registerSocket(QString socketName)
 
     auto* socket = new KyScriptWebSocket;
     socket->setURL(generateURL());
-    mSockets.removeIf([](const auto& entry) { return entry.value().isNull(); });
+    forgetSockets();
     mSockets.insert(socketName, socket);
     return socket;
+}
+
+/// Names whose sockets have gone would pile up where a script uses ever new ones.
+void KyScriptWebSocketServer::forgetSockets()
+{
+    if (mSockets.size() < mForgetAt)
+        return;
+    mSockets.removeIf([](const auto& entry) { return entry.value().isNull(); });
+    mForgetAt = 2 * mSockets.size() + 100;
 }
 
 /// One that the garbage collector has taken waits for its deletion, and scripts can't have it any more.

@@ -52,9 +52,12 @@ private:
     void startServer();
     void makeServer();
     bool isAlive(KyScriptWebSocket* inSocket) const;
+    void forgetSockets();
 
     /// By name; not owned.
     QMap<QString, QPointer<KyScriptWebSocket>> mSockets;
     QWebSocketServer* mServer = nullptr;
     const bool mSecure;
+    /// So many names, and those without a socket are left out.
+    qsizetype mForgetAt = 100;
 };
