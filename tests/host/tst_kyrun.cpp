@@ -422,9 +422,19 @@ void tst_kyrun::timeoutEndsAScriptWhoseOutputNobodyReads()
     process.waitForFinished();
 }
 
+/// A tool of the engine "other" sees whether the script ran there.
 void tst_kyrun::engineIsChosenByName()
 {
-    QCOMPARE(run({"--engine", "other", "-p", "-e", "typeof StudyList"}).out, QString("object\n"));
+    const QString tool =
+        write("engine.xml", "<Tools ScriptEngine='other'><Tool Id='t' Enabled='whensupported'>"
+                            "<OnSet>print('same engine', mine)</OnSet></Tool></Tools>");
+    const QStringList rest{"--tools", tool, "--trigger", "t", "-e", "mine = 5; print('script')"};
+    QCOMPARE(run(QStringList{"--engine", "other"} + rest).out, QString("script\nsame engine 5\n"));
+    for (const QStringList& elsewhere : {QStringList(), QStringList{"--engine", "Other"}}) {
+        const Outcome outcome = run(elsewhere + rest);
+        QCOMPARE(outcome.out, QString("script\n"));
+        QVERIFY2(outcome.err.contains("mine is not defined"), qPrintable(outcome.err));
+    }
 }
 
 void tst_kyrun::propertiesAreSet()
