@@ -55,7 +55,7 @@ void addTrigger(const std::string& inName, const char* inKey, const QByteArray& 
     benchmark::RegisterBenchmark((inName + "/yardstick").c_str(), [=](benchmark::State& state) {
         QJSEngine engine;
         const QJSValue kept = engine.globalObject();
-        const QString wrapped = "(function() { " + QString::fromUtf8(inScript) + " })()";
+        const QString wrapped = QStringLiteral("(function() { %1 })()").arg(QString::fromUtf8(inScript));
         for (auto _ : state)
             benchmark::DoNotOptimize(engine.evaluate(wrapped, QStringLiteral("tool.xml"), 2));
     });

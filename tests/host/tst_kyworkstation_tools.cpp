@@ -3,10 +3,10 @@
 #include <support/KyTest.h>
 #include <support/LogCapture.h>
 
+#include <common/KyCommandTool.h>
 #include <common/KyHostPlatform.h>
 #include <kyscript/KyScriptInterface.h>
 #include <kyscript/KyScriptTool.h>
-#include <kyworkstation/KyCommandTool.h>
 #include <kyworkstation/KyMainWindow.h>
 #include <kyworkstation/KyScriptingMenu.h>
 #include <kyworkstation/KyToolBarPanel.h>

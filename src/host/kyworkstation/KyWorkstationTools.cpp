@@ -1,10 +1,10 @@
 #include "KyWorkstationTools.h"
 
-#include "KyCommandTool.h"
 #include "KyMainWindow.h"
 #include "KyReportPanel.h"
 #include "KyToolBarPanel.h"
 
+#include <common/KyCommandTool.h>
 #include <common/KyReportEditor.h>
 #include <common/KyToolFiles.h>
 

@@ -1,0 +1,182 @@
+// The tool files of examples/tools, run by kyrun on the sample studies.
+
+#include <support/KyTest.h>
+
+#include <QDir>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QXmlStreamReader>
+
+class tst_tool_examples : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void everyExampleIsWellMade_data();
+    void everyExampleIsWellMade();
+
+    void patientIsCopied();
+    void priorIsFound();
+    void reportIsFilled();
+    void reportOfTheUserStays();
+    void examplesWorkWithoutStudies_data();
+    void examplesWorkWithoutStudies();
+
+private:
+    struct Outcome
+    {
+        int status;
+        QString out;
+        QString err;
+    };
+    Outcome run(const QStringList& inArguments) const;
+    /// Runs the example on the sample and triggers the tools, then a script on their engine that writes what
+    /// it finds to the log; gives that, or all that stands on standard error when something went wrong.
+    QString probe(const QString& inFile, const QStringList& inKeys, const QByteArray& inProbe,
+                  const QStringList& inMore = {}) const;
+
+    QTemporaryDir mFolder;
+    QString mSample;
+};
+
+void tst_tool_examples::initTestCase()
+{
+    QVERIFY(mFolder.isValid());
+    mSample = mFolder.filePath("sample");
+    QCOMPARE(QProcess::execute(KYSAMPLE, {mSample}), 0);
+}
+
+tst_tool_examples::Outcome tst_tool_examples::run(const QStringList& inArguments) const
+{
+    QProcess process;
+    process.start(KYRUN, inArguments);
+    process.closeWriteChannel();
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
+        return {-1, QString(), "crashed or hung: " + process.readAllStandardError()};
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+QString tst_tool_examples::probe(const QString& inFile, const QStringList& inKeys, const QByteArray& inProbe,
+                                 const QStringList& inMore) const
+{
+    QFile file(mFolder.filePath("probe.xml"));
+    if (!file.open(QIODevice::WriteOnly))
+        return file.errorString();
+    file.write("<Tools ScriptEngine='site'><Tool Id='Probe' "
+               "Enabled='whensupported'><OnSet><![CDATA[Message.warn('probe: ' + (" +
+               inProbe + "))]]></OnSet></Tool></Tools>");
+    file.close();
+
+    QStringList arguments{"--studies", mSample,        "--tools", QStringLiteral(TOOLS "/") + inFile,
+                          "--tools",   file.fileName()};
+    for (const QString& key : inKeys + QStringList("Probe"))
+        arguments += {"--trigger", key};
+    const Outcome outcome = run(arguments + inMore);
+    static const QRegularExpression line("^\\S+ \\S+ 2 \\[Script Interface\\] probe: ([^$]*)\n$");
+    const auto match = line.match(outcome.err);
+    return outcome.status == 0 && match.hasMatch() ? match.captured(1) : outcome.out + outcome.err;
+}
+
+void tst_tool_examples::everyExampleIsWellMade_data()
+{
+    QTest::addColumn<QString>("file");
+    const QStringList files = QDir(TOOLS).entryList({"*.xml"}, QDir::Files);
+    QCOMPARE(files.size(), 3);
+    for (const QString& file : files)
+        QTest::newRow(qPrintable(file)) << file;
+}
+
+/// Its icons are there, it has texts for people, and it does not depend on the default engine.
+void tst_tool_examples::everyExampleIsWellMade()
+{
+    QFETCH(QString, file);
+    QFile xml(QStringLiteral(TOOLS "/") + file);
+    QVERIFY(xml.open(QIODevice::ReadOnly));
+    QXmlStreamReader reader(&xml);
+    int tools = 0;
+    while (!reader.atEnd()) {
+        reader.readNext();
+        if (reader.isStartElement() && reader.name() == QLatin1String("Tools"))
+            QCOMPARE(reader.attributes().value("ScriptEngine").toString(), QStringLiteral("site"));
+        if (!reader.isStartElement() || reader.name() != QLatin1String("Tool"))
+            continue;
+        ++tools;
+        const auto attributes = reader.attributes();
+        QVERIFY(attributes.value("Id").startsWith(QLatin1String("Site.")));
+        QVERIFY(!attributes.value("Label").isEmpty() && !attributes.value("Tooltip").isEmpty());
+        QVERIFY(attributes.hasAttribute("Icon"));
+    }
+    QVERIFY2(!reader.hasError(), qPrintable(reader.errorString()));
+    QCOMPARE(tools, 1);
+    const Outcome outcome = run({"--tools", xml.fileName(), "-e", "0"});
+    QCOMPARE(outcome.err, QString());
+    QCOMPARE(outcome.status, 0);
+}
+
+void tst_tool_examples::patientIsCopied()
+{
+    const Outcome outcome = run({"--studies", mSample, "--tools", TOOLS "/copy-patient.xml", "--log", "-",
+                                 "--trigger", "Site.CopyPatient"});
+    QVERIFY2(outcome.err.contains(QString::fromUtf8("Copied text to clipboard: Müller, Änne; SAMPLE-1001; ")),
+             qPrintable(outcome.err));
+    QCOMPARE(outcome.status, 0);
+    const QString tip =
+        probe("copy-patient.xml", {"Site.CopyPatient"}, "Orvane.tool('Site.CopyPatient').toolTip");
+    QVERIFY2(tip.startsWith(QString::fromUtf8("Copied: Müller, Änne; SAMPLE-1001; ")), qPrintable(tip));
+}
+
+void tst_tool_examples::priorIsFound()
+{
+    const QByteArray texts =
+        "[Orvane.tool('Site.FindPrior').text, Orvane.tool('Site.FindPrior').toolTip].join('|')";
+    const QString found = probe("prior-finder.xml", {"Site.FindPrior"}, texts);
+    QVERIFY2(found.startsWith("Prior: ") && found.contains("2024|") &&
+                 found.endsWith(" CT CT Thorax nativ, Erstuntersuchung"),
+             qPrintable(found));
+}
+
+void tst_tool_examples::reportIsFilled()
+{
+    const QString text =
+        probe("report-template.xml", {"Site.ReportTemplate"}, "Orvane.editor('Report').text");
+    QVERIFY2(text.startsWith("CT Thorax") &&
+                 text.contains(QString::fromUtf8("Patient: Müller, Änne, SAMPLE-1001\n")) &&
+                 text.contains("Lungs: [") && text.contains("Impression: [") && !text.contains("[NAME]"),
+             qPrintable(text));
+}
+
+void tst_tool_examples::reportOfTheUserStays()
+{
+    const QString text =
+        probe("report-template.xml", {"Site.ReportTemplate"},
+              "Orvane.editor('Report').text + '|' + Orvane.tool('Site.ReportTemplate').toolTip",
+              {"-e", "Orvane.editor('Report').text = 'by hand'"});
+    QCOMPARE(text, QStringLiteral("by hand|The report is not empty"));
+}
+
+void tst_tool_examples::examplesWorkWithoutStudies_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("key");
+    QTest::newRow("copy") << "copy-patient.xml"
+                          << "Site.CopyPatient";
+    QTest::newRow("prior") << "prior-finder.xml"
+                           << "Site.FindPrior";
+    QTest::newRow("report") << "report-template.xml"
+                            << "Site.ReportTemplate";
+}
+
+void tst_tool_examples::examplesWorkWithoutStudies()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, key);
+    const Outcome outcome = run({"--tools", QStringLiteral(TOOLS "/") + file, "--trigger", key});
+    QCOMPARE(outcome.err, QString());
+    QCOMPARE(outcome.status, 0);
+}
+
+KY_TEST_MAIN(tst_tool_examples)
+#include "tst_tool_examples.moc"
