@@ -26,6 +26,8 @@ private slots:
     void toolWithoutItsViewerIsTold();
     void failingToolEndsTheRun_data();
     void failingToolEndsTheRun();
+    void toolThatTriggersItselfEndsInAnError_data();
+    void toolThatTriggersItselfEndsInAnError();
     void failingScriptTriggersNothing();
     void exitInAToolDecides();
     void missingIconIsOnlyAWarning();
@@ -207,6 +209,24 @@ void tst_kyrun_tools::failingToolEndsTheRun()
     QVERIFY2(outcome.err.contains(message), qPrintable(outcome.err));
     QCOMPARE(outcome.err.count("Uncaught"), 1);
     QCOMPARE(outcome.out, QStringLiteral("script\n"));
+    QCOMPARE(outcome.status, 1);
+}
+
+void tst_kyrun_tools::toolThatTriggersItselfEndsInAnError_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<QByteArray>("attributes");
+    QTest::newRow("trigger") << QByteArray("Orvane.tool('a').trigger()") << QByteArray();
+    QTest::newRow("toggle") << QByteArray("Orvane.tool('a').toggle()") << QByteArray("Checkable='1'");
+}
+
+void tst_kyrun_tools::toolThatTriggersItselfEndsInAnError()
+{
+    QFETCH(QByteArray, script);
+    QFETCH(QByteArray, attributes);
+    const Outcome outcome = run({"--tools", tool("a", script, attributes), "--trigger", "a"});
+    QVERIFY2(outcome.err.contains("Exception: Maximum call stack size exceeded."),
+             qPrintable(outcome.err.right(500)));
     QCOMPARE(outcome.status, 1);
 }
 

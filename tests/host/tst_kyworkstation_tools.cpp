@@ -10,6 +10,7 @@
 #include <kyworkstation/KyMainWindow.h>
 #include <kyworkstation/KyScriptingMenu.h>
 #include <kyworkstation/KyToolBarPanel.h>
+#include <kyworkstation/KyToolKeys.h>
 #include <kyworkstation/KyWorkstationOptions.h>
 #include <kyworkstation/KyWorkstationTools.h>
 
@@ -63,6 +64,9 @@ private slots:
     void toolBarIsBounded();
     void toolsMayBeShownAnew();
     void hotKeyTriggersTheTool();
+    void userGivesToolsTheirKeys();
+    void badKeysAreToldInTheLog_data();
+    void badKeysAreToldInTheLog();
     void toolBarHasItsMenuEntryAndItsPlace();
     void failingToolLeavesTheWindowAlone();
 
@@ -97,6 +101,7 @@ private:
 void tst_kyworkstation_tools::initTestCase()
 {
     KyScriptingMenu::registerProperties();
+    KyToolKeys::registerProperties();
 }
 
 void tst_kyworkstation_tools::init()
@@ -332,6 +337,46 @@ void tst_kyworkstation_tools::hotKeyTriggersTheTool()
     QVERIFY(QTest::qWaitForWindowActive(mWindow.get()));
     QTest::keyClick(mWindow.get(), Qt::Key_K, Qt::ControlModifier | Qt::AltModifier);
     QCOMPARE(triggered, 1);
+}
+
+void tst_kyworkstation_tools::userGivesToolsTheirKeys()
+{
+    OvPropertyPool::instance()
+        ->variant(KyToolKeys::PropertyId)
+        ->setValueFromQString("a=Ctrl+Alt+K, b = Ctrl+Alt+=");
+    write("tools/a.xml", tool("a", "Global.noted = 'a'", "Enabled='whensupported'"));
+    write("tools/b.xml", tool("b", "1"));
+    LogCapture log(2);
+    open();
+    QCOMPARE(log.take(), QStringList());
+    QCOMPARE(KyToolRegistry::getToolByDecorationKey<KyTool>("b", true)->hotKey(), std::string("Ctrl+Alt+="));
+    mWindow->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(mWindow.get()));
+    QTest::keyClick(mWindow.get(), Qt::Key_K, Qt::ControlModifier | Qt::AltModifier);
+    QCOMPARE(noted(), QStringLiteral("a"));
+}
+
+void tst_kyworkstation_tools::badKeysAreToldInTheLog_data()
+{
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<QString>("problem");
+    QTest::newRow("no sign") << "a"
+                             << "it is not ID=KEYS";
+    QTest::newRow("unknown tool") << "none=Ctrl+K"
+                                  << "there is no such tool";
+    QTest::newRow("unknown keys") << "a=Ctrl+Nonsense"
+                                  << "there are no such keys";
+}
+
+void tst_kyworkstation_tools::badKeysAreToldInTheLog()
+{
+    QFETCH(QString, entry);
+    QFETCH(QString, problem);
+    OvPropertyPool::instance()->variant(KyToolKeys::PropertyId)->setValueFromQString(entry);
+    write("tools/a.xml", tool("a", "1"));
+    LogCapture log(2);
+    open();
+    QCOMPARE(log.take(), QStringList("2|Tools|Keys of tools: \"" + entry + "\" is left out: " + problem));
 }
 
 void tst_kyworkstation_tools::toolBarHasItsMenuEntryAndItsPlace()

@@ -3,6 +3,7 @@
 #include "KyMainWindow.h"
 #include "KyReportPanel.h"
 #include "KyToolBarPanel.h"
+#include "KyToolKeys.h"
 
 #include <common/KyCommandTool.h>
 #include <common/KyReportEditor.h>
@@ -65,6 +66,7 @@ QStringList KyWorkstationTools::load(const QString& inProfile, const QStringList
         if (!error.isEmpty())
             errors.append(error);
     }
+    KyToolKeys::apply();
     mWindow.findChild<KyToolBarPanel*>()->showTools();
     return errors;
 }

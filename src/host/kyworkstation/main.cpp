@@ -2,6 +2,7 @@
 
 #include "KyMainWindow.h"
 #include "KyScriptingMenu.h"
+#include "KyToolKeys.h"
 #include "KyWorkstationOptions.h"
 #include "KyWorkstationTools.h"
 
@@ -46,6 +47,7 @@ QString openLog(const QString& inFile)
 int runWindow(const KyWorkstationOptions& inOptions)
 {
     KyScriptingMenu::registerProperties();
+    KyToolKeys::registerProperties();
     KyHostPlatform platform(inOptions.host);
     const QString badProperty = platform.applyProperties();
     if (!badProperty.isEmpty())

@@ -58,7 +58,7 @@ void KyActionUI::triggerTool()
 void KyActionUI::followState(bool inChecked)
 {
     const auto turned = tool();
-    if (!turned || inChecked == turned->isActive())
+    if (!turned || !turned->isActivatable() || inChecked == turned->isActive())
         return;
     const QPointer<KyActionUI> self(this);
     if (!turned->trigger(activeViewer()) && self)

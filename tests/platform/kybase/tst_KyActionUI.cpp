@@ -46,6 +46,7 @@ private slots:
     void labelFollowsTheState();
     void checkingByCodeTriggersTheTool();
     void refusedWorkUnchecksTheAction();
+    void actionThatIsMadeCheckableIsNoActivatableTool();
     void actionsOfOneToolAgree();
     void actionIsEnabledForTheActiveViewer();
     void hotKeyCountsInItsScope_data();
@@ -186,6 +187,19 @@ void tst_KyActionUI::refusedWorkUnchecksTheAction()
     action->setChecked(true);
     QVERIFY(!action->isChecked());
     QCOMPARE(tool->runs.size(), 1);
+}
+
+/// As a script can do it.
+void tst_KyActionUI::actionThatIsMadeCheckableIsNoActivatableTool()
+{
+    const auto tool = TestTool::make("key");
+    QAction* action = actionOf(tool);
+    action->setCheckable(true);
+    action->setChecked(true);
+    QVERIFY(tool->runs.isEmpty());
+    action->trigger();
+    QCOMPARE(tool->flags(), QList<bool>({true}));
+    QVERIFY(!tool->isActive());
 }
 
 void tst_KyActionUI::actionsOfOneToolAgree()
