@@ -470,6 +470,7 @@ void tst_KyScriptFileWriter::writeTakesWhatScriptsHold_data()
     QTest::newRow("null") << "null" << QByteArray();
     QTest::newRow("array") << "[1, 300, -1, '7']" << QByteArray("\x01\x2c\xff\x07", 4);
     QTest::newRow("empty array") << "[]" << QByteArray();
+    QTest::newRow("array of odd values") << "[Symbol(), , {}, 'x', 1]" << QByteArray("\0\0\0\0\1", 5);
     QTest::newRow("ArrayBuffer") << "new Uint8Array([0, 255, 10]).buffer" << QByteArray("\x00\xff\x0a", 3);
     QTest::newRow("empty ArrayBuffer") << "new ArrayBuffer(0)" << QByteArray();
     QTest::newRow("Uint8Array") << "new Uint8Array([0, 255, 10])" << QByteArray("\x00\xff\x0a", 3);

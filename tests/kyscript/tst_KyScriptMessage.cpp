@@ -62,6 +62,8 @@ private slots:
     void questionEndsWithTheMainWindow();
     void questionTakesWhatScriptsPass_data();
     void questionTakesWhatScriptsPass();
+    void questionRefusesWhatIsNoList_data();
+    void questionRefusesWhatIsNoList();
     void otherScriptsRunDuringAQuestion();
 
     // logs
@@ -505,6 +507,7 @@ void tst_KyScriptMessage::questionTakesWhatScriptsPass_data()
     QTest::newRow("text") << "'abc'" << QStringList("abc");
     QTest::newRow("numbers") << "[1, 2.5]" << QStringList({"1", "2.5"});
     QTest::newRow("markup") << "['<b>a</b>']" << QStringList("<b>a</b>");
+    QTest::newRow("odd values") << "[Symbol('s'), null, 'b']" << QStringList({"Symbol(s)", "", "b"});
 }
 
 void tst_KyScriptMessage::questionTakesWhatScriptsPass()
@@ -517,6 +520,20 @@ void tst_KyScriptMessage::questionTakesWhatScriptsPass()
     });
     text("Message.question('x', " + buttons + ")");
     QVERIFY(answer.happened());
+}
+
+void tst_KyScriptMessage::questionRefusesWhatIsNoList_data()
+{
+    QTest::addColumn<QString>("buttons");
+    for (const char* buttons : {"null", "undefined", "5", "Symbol()", "new Array(3e6)"})
+        QTest::newRow(buttons) << buttons;
+}
+
+void tst_KyScriptMessage::questionRefusesWhatIsNoList()
+{
+    QFETCH(QString, buttons);
+    QCOMPARE(text("try { Message.question('x', " + buttons + ") } catch (e) { '' + e }"),
+             QStringLiteral("TypeError: Message.question: not a list of texts"));
 }
 
 void tst_KyScriptMessage::otherScriptsRunDuringAQuestion()

@@ -88,10 +88,14 @@ private slots:
     void programThatEndsAtOnceIsNotTold();
     void nextProgramStartsAfterOneThatCouldNot();
     void nextProgramStartsWhileTheMessageIsShown();
+    void messagesAreShownOneAfterTheOther();
     void messageComesWhileAModalWindowIsOpen();
     void programThatPrintsAGigabyteEnds();
     void programThatReadsItsInputWaits();
+    void argumentsOfTheWrongKindAreRefused_data();
     void argumentsOfTheWrongKindAreRefused();
+    void argumentsAreAList_data();
+    void argumentsAreAList();
 
     // the life of the process
     void programOutlivesTheEngineWithoutAZombie();
@@ -170,6 +174,14 @@ private:
 bool exists(pid_t inPid)
 {
     return ::kill(inPid, 0) == 0;
+}
+
+int boxesOnShow()
+{
+    int count = 0;
+    for (QWidget* window : QApplication::topLevelWidgets())
+        count += qobject_cast<JxMessageBox*>(window) && window->isVisible() ? 1 : 0;
+    return count;
 }
 
 QString canonical(const QString& inPath)
@@ -295,6 +307,8 @@ void tst_KyScriptSystem::getEnvGivesTheValue_data()
                                 << "";
     QTest::newRow("name with an equals sign") << "'KY_TEST=a'"
                                               << "";
+    QTest::newRow("NUL within") << "'KY_TEST\\0x'"
+                                << "";
     QTest::newRow("null") << "null"
                           << "";
     QTest::newRow("number") << "5"
@@ -651,6 +665,13 @@ void tst_KyScriptSystem::processCmdPassesItsArguments_data()
     QTest::newRow("signs of a shell") << ", '$HOME', '*', ';', '%1'" << QByteArray("$HOME\n*\n;\n%1\n");
     QTest::newRow("beyond Latin-1") << ", '\\u00e4\\u20ac'" << QByteArray("\xc3\xa4\xe2\x82\xac\n");
     QTest::newRow("numbers") << ", 1, 2.5" << QByteArray("1\n2.5\n");
+    QTest::newRow("booleans") << ", true, false" << QByteArray("true\nfalse\n");
+    QTest::newRow("null, undefined, missing") << ", null, undefined, , 'd'" << QByteArray("\n\n\nd\n");
+    QTest::newRow("symbol") << ", Symbol('s'), 'b'" << QByteArray("Symbol(s)\nb\n");
+    QTest::newRow("objects") << ", new String('a'), ['b', 'c'], {toString() { return 'd'; }}"
+                             << QByteArray("a\nb,c\nd\n");
+    QTest::newRow("object whose text fails") << ", {toString() { throw 1; }}, 'b'" << QByteArray("\nb\n");
+    QTest::newRow("object with a symbol") << ", {a: Symbol()}" << QByteArray("[object Object]\n");
     QTest::newRow("4000 characters") << ", 'x'.repeat(4000)" << QByteArray(4000, 'x') + '\n';
 }
 
@@ -892,6 +913,40 @@ void tst_KyScriptSystem::nextProgramStartsWhileTheMessageIsShown()
     QVERIFY(exists(waitingPid())); // the end of the message hasn't ended it, nor waited for it
 }
 
+/// A box in the event loop of each one before would exhaust the stack.
+void tst_KyScriptSystem::messagesAreShownOneAfterTheOther()
+{
+    QStringList shown;
+    const auto answer = [&](QWidget* inWindow) {
+        if (shown.isEmpty()) {
+            boolean("System.processCmd('', ['later'])");
+            QTest::qWait(20); // time for the next box, were it not to wait
+        }
+        QCOMPARE(boxesOnShow(), 1);
+        QCOMPARE(QApplication::activeModalWidget(), inWindow);
+        shown.append(qobject_cast<JxMessageBox*>(inWindow)->text());
+        ModalAnswer::clicking("OK")(inWindow);
+    };
+    const ModalAnswer first(answer);
+    const ModalAnswer second(answer);
+    const ModalAnswer third(answer);
+    const ModalAnswer fourth(answer);
+    const LogCapture log(3);
+    QVERIFY(boolean("for (var i = 0; i < 3; ++i) System.processCmd('', ['' + i])"));
+    QCOMPARE(log.lines().size(), 3);
+    QTRY_VERIFY(fourth.happened());
+    QTRY_VERIFY(!QApplication::activeModalWidget());
+    QCOMPARE(shown, QStringList({"Failed to start process  0!", "Failed to start process  1!",
+                                 "Failed to start process  2!", "Failed to start process  later!"}));
+    QCOMPARE(log.lines().size(), 4);
+
+    // And again, once all have been seen.
+    ModalAnswer again(expecting("Failed to start process  again!"));
+    QVERIFY(boolean("System.processCmd('', ['again'])"));
+    QTRY_VERIFY(again.happened());
+    QTRY_VERIFY(!QApplication::activeModalWidget());
+}
+
 void tst_KyScriptSystem::messageComesWhileAModalWindowIsOpen()
 {
     QDialog dialog;
@@ -923,12 +978,54 @@ void tst_KyScriptSystem::programThatReadsItsInputWaits()
     QVERIFY(!QFile::exists(path("file")));
 }
 
+void tst_KyScriptSystem::argumentsOfTheWrongKindAreRefused_data()
+{
+    QTest::addColumn<QString>("argument");
+    for (const char* argument :
+         {"null", "undefined", "5", "true", "Symbol()", "new Date()", "System",
+          "(function() { var a = []; a.length = 4294967295; return a; })()", "new Array(3e6)"})
+        QTest::newRow(argument) << argument;
+}
+
 void tst_KyScriptSystem::argumentsOfTheWrongKindAreRefused()
 {
-    for (const char* source : {"System.processCmd(program)", "System.processCmd(program, null)",
-                               "System.processCmd(program, 5)", "System.startDetached(program)"})
-        QVERIFY2(mEngine->evaluate(source).isError(), source);
-    QCOMPARE(text("System.processCmd(program, 'exit')"), QStringLiteral("true")); // a list of one
+    QFETCH(QString, argument);
+    for (const char* start : {"processCmd", "startDetached"}) {
+        const LogCapture log;
+        QCOMPARE(
+            text(QStringLiteral("try { System.%1('/bin/true', %2) } catch (e) { e.name + ': ' + e.message }")
+                     .arg(QString::fromLatin1(start), argument)),
+            QStringLiteral("TypeError: System.%1: not a list of texts").arg(QString::fromLatin1(start)));
+        QCOMPARE(log.toStrings(), QStringList());
+    }
+    QVERIFY(!mEngine->hasError());
+}
+
+void tst_KyScriptSystem::argumentsAreAList_data()
+{
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<QString>("logged");
+    QTest::newRow("text") << "'0'"
+                          << "0";
+    QTest::newRow("empty text") << "''"
+                                << "";
+    QTest::newRow("object") << "{a: Symbol()}"
+                            << "";
+    QTest::newRow("function") << "function() {}"
+                              << "";
+    QTest::newRow("typed array") << "new Uint8Array(3)"
+                                 << "";
+}
+
+void tst_KyScriptSystem::argumentsAreAList()
+{
+    QFETCH(QString, argument);
+    QFETCH(QString, logged);
+    const LogCapture log;
+    QVERIFY(boolean("System.startDetached('/bin/true', " + argument + ")"));
+    QCOMPARE(log.toStrings(), QStringList("1|Script Interface|Starting detached: /bin/true " + logged));
+    for (const char* call : {"System.processCmd(program)", "System.startDetached(program)"})
+        QVERIFY2(mEngine->evaluate(call).isError(), call);
 }
 
 void tst_KyScriptSystem::programOutlivesTheEngineWithoutAZombie()

@@ -67,6 +67,9 @@ private slots:
     void bufferHoldsTheDocument();
     void bufferTakesBytesAndTexts_data();
     void bufferTakesBytesAndTexts();
+    void bufferRefusesValuesWithoutBytes_data();
+    void bufferRefusesValuesWithoutBytes();
+    void valueOfTheBufferMayRunAScript();
     void secondDocumentOverwritesFromTheStart();
     void clearedBufferHoldsTheSecondDocumentOnly();
     void bufferReplacedWhileWritingGoesOnBehindIt_data();
@@ -428,6 +431,11 @@ void tst_KyScriptXmlFileWriter::bufferTakesBytesAndTexts_data()
     QTest::addColumn<QByteArray>("bytes");
     QTest::newRow("text") << "'a\\u00e4'" << QByteArray("a\xc3\xa4");
     QTest::newRow("ArrayBuffer") << "new Uint8Array([1, 0, 255]).buffer" << QByteArray("\x01\x00\xff", 3);
+    QTest::newRow("typed array") << "new Uint8Array([0, 1, 0, 255]).subarray(1)"
+                                 << QByteArray("\x01\x00\xff", 3);
+    QTest::newRow("array") << "[1, 0, 255]" << QByteArray("\x01\x00\xff", 3);
+    QTest::newRow("array with a symbol") << "[65, Symbol(), 66]" << QByteArray("A\0B", 3);
+    QTest::newRow("number") << "5" << QByteArray("5");
     QTest::newRow("empty text") << "''" << QByteArray();
     QTest::newRow("null") << "null" << QByteArray();
     QTest::newRow("another writer's") << "(function() { var o = new XmlFileWriter(); o.openBuffer();"
@@ -442,6 +450,30 @@ void tst_KyScriptXmlFileWriter::bufferTakesBytesAndTexts()
     text("w.buffer = 'before'; w.buffer = " + value);
     QCOMPARE(buffer(), bytes);
     QCOMPARE(text("w.buffer.byteLength"), QString::number(bytes.size()));
+}
+
+void tst_KyScriptXmlFileWriter::bufferRefusesValuesWithoutBytes_data()
+{
+    QTest::addColumn<QString>("value");
+    for (const char* value : {"undefined", "{}", "{a: Symbol()}", "Symbol()", "function() {}", "w",
+                              "(function() { var a = []; a.length = 4294967295; return a; })()"})
+        QTest::newRow(value) << value;
+}
+
+void tst_KyScriptXmlFileWriter::bufferRefusesValuesWithoutBytes()
+{
+    QFETCH(QString, value);
+    QCOMPARE(text("w.buffer = 'before'; try { w.buffer = " + value + "; 'taken' } catch (e) { '' + e }"),
+             QStringLiteral("TypeError: XmlFileWriter.buffer: the value has no bytes"));
+    QVERIFY(!mEngine->hasError());
+    QCOMPARE(buffer(), QByteArray("before"));
+}
+
+void tst_KyScriptXmlFileWriter::valueOfTheBufferMayRunAScript()
+{
+    text("w.openBuffer(); w.buffer = {get buffer() { w.writeTextElement('a', ''); w.buffer = 'inner';"
+         "return new Uint8Array([65, 66]).buffer; }, byteOffset: 0, byteLength: 2}");
+    QCOMPARE(buffer(), QByteArray("AB"));
 }
 
 void tst_KyScriptXmlFileWriter::secondDocumentOverwritesFromTheStart()

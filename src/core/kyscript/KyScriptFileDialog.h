@@ -14,6 +14,7 @@ public:
     /// Proposed is \a inFileName in the user's folder of downloads. \a inFilter lists the kinds of files as
     /// "Text (*.txt);;All (*)"; empty shows all.
     ///
-    /// \return the absolute path; empty when the user cancels. Nothing is written.
+    /// \return the absolute path; empty when the user cancels, and in an application without
+    /// windows. Nothing is written.
     Q_INVOKABLE QString getSaveFileName(QString inFileName, QString inFilter);
 };

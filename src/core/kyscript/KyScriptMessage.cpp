@@ -1,11 +1,12 @@
 #include "KyScriptMessage.h"
 
 #include "KyScriptLog.h"
+#include "KyScriptTexts.h"
 
 #include <jxbase/JxMessageBox.h>
 #include <kybase/KyMonitorManager.h>
 
-#include <QtCore/QCoreApplication>
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QPushButton>
 
 #include <algorithm>
@@ -33,6 +34,11 @@ private:
     JxMessageBox* const mBox;
 };
 
+bool hasWindows()
+{
+    return qobject_cast<QApplication*>(QCoreApplication::instance());
+}
+
 QByteArray contextOf(const QString& inContext)
 {
     return inContext.isEmpty() ? QByteArray(KyScriptLog::Context) : inContext.toLatin1();
@@ -46,6 +52,8 @@ KyScriptMessage::KyScriptMessage(QObject* parent)
 
 void KyScriptMessage::show(QString inMessage)
 {
+    if (!hasWindows())
+        return;
     JxMessageBox box(KyMonitorManager::parentForModalWidget(), false);
     box.setIcon(QMessageBox::Information);
     box.setWindowTitle(QCoreApplication::applicationName());
@@ -62,11 +70,14 @@ void KyScriptMessage::hide()
         sMessageBoxes.back()->accept();
 }
 
-QString KyScriptMessage::question(QString inMessage, QStringList inButtons, QString inDefaultButton)
+QString KyScriptMessage::question(QString inMessage, QJSValue inButtons, QString inDefaultButton)
 {
+    const auto buttons = KyScriptTexts::argument(this, inButtons, QStringLiteral("Message.question"));
+    if (!buttons || !hasWindows())
+        return QString();
     JxMessageBox box(KyMonitorManager::parentForModalWidget(), false);
     box.setText(inMessage);
-    for (const QString& text : inButtons) {
+    for (const QString& text : *buttons) {
         QPushButton* button = box.addButton(text, QMessageBox::ActionRole);
         if (text == inDefaultButton)
             box.setDefaultButton(button);

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <QtCore/QObject>
-#include <QtCore/QStringList>
+#include <QtQml/QJSValue>
 
-/// The global `Message`: message boxes and log lines for scripts. Owned by the engine.
+/// The global `Message`: message boxes and log lines for scripts. Owned by the engine. An application without
+/// windows shows no boxes, and nobody chooses.
 class KyScriptMessage : public QObject
 {
     Q_OBJECT
@@ -20,9 +21,9 @@ public:
 
     /// Asks the user to choose among \a inButtons, in their order, and gives the text of the chosen one;
     /// empty when the box was closed without a choice. Enter chooses \a inDefaultButton, if it is one of
-    /// them; of equal texts the last.
-    Q_INVOKABLE QString question(QString inMessage, QStringList inButtons,
-                                 QString inDefaultButton = QString());
+    /// them; of equal texts the last. \a inButtons is a list of texts, see KyScriptTexts; without one the
+    /// call is a TypeError of the script.
+    Q_INVOKABLE QString question(QString inMessage, QJSValue inButtons, QString inDefaultButton = QString());
 
     /// A line in the server's session log; lost when no server peer is there. For this and the two below, an
     /// empty \a inContext stands for "Script Interface".

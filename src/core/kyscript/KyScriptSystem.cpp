@@ -1,6 +1,7 @@
 #include "KyScriptSystem.h"
 
 #include "KyScriptLog.h"
+#include "KyScriptTexts.h"
 
 #include <jxbase/JxEventLoop.h>
 #include <jxbase/JxMessageBox.h>
@@ -65,6 +66,9 @@ KyScriptSystem::~KyScriptSystem()
 
 QString KyScriptSystem::getEnv(QString inName) const
 {
+    // The system would take a name up to its first NUL.
+    if (inName.contains(QChar(0)))
+        return QString();
     return QString::fromLatin1(qgetenv(inName.toLatin1().constData()));
 }
 
@@ -132,7 +136,13 @@ QString KyScriptSystem::findCmd(QString inCmdFile) const
     return firstExisting(paths);
 }
 
-bool KyScriptSystem::processCmd(QString inCmd, QStringList inArgs, int inMsecs)
+bool KyScriptSystem::processCmd(QString inCmd, QJSValue inArgs, int inMsecs)
+{
+    const auto arguments = KyScriptTexts::argument(this, inArgs, QStringLiteral("System.processCmd"));
+    return arguments && process(inCmd, *arguments, inMsecs);
+}
+
+bool KyScriptSystem::process(const QString& inCmd, const QStringList& inArgs, int inMsecs)
 {
     const QPointer<KyScriptSystem> self(this);
     const bool ended = mProcess->stableWaitForFinished(inMsecs);
@@ -152,12 +162,15 @@ bool KyScriptSystem::processCmd(QString inCmd, QStringList inArgs, int inMsecs)
     return true;
 }
 
-bool KyScriptSystem::startDetached(QString inCmd, QStringList inArgs)
+bool KyScriptSystem::startDetached(QString inCmd, QJSValue inArgs)
 {
+    const auto arguments = KyScriptTexts::argument(this, inArgs, QStringLiteral("System.startDetached"));
+    if (!arguments)
+        return false;
     mCommand = inCmd;
-    mArguments = inArgs;
-    print(QStringLiteral("Starting detached: %1 %2").arg(inCmd, joined(inArgs)));
-    return QProcess::startDetached(inCmd, inArgs, mProcess->workingDirectory());
+    mArguments = *arguments;
+    print(QStringLiteral("Starting detached: %1 %2").arg(inCmd, joined(*arguments)));
+    return QProcess::startDetached(inCmd, *arguments, mProcess->workingDirectory());
 }
 
 void KyScriptSystem::setClipboardText(QString inText)
@@ -176,6 +189,19 @@ void KyScriptSystem::onProcessCmdError(QProcess::ProcessError inError)
     logError(text);
     // Shown when the process is done with its signal: other scripts, which run while the box is open, may
     // start the next program then.
-    QMetaObject::invokeMethod(
-        this, [text] { showWarning(text); }, Qt::QueuedConnection);
+    mFailures.append(text);
+    if (mFailures.size() == 1)
+        QMetaObject::invokeMethod(this, &KyScriptSystem::showFailures, Qt::QueuedConnection);
+}
+
+/// One after the other: a script can cause any number of them before the first box is shown, and as many
+/// boxes, each in the event loop of the one before, would exhaust the stack.
+void KyScriptSystem::showFailures()
+{
+    const QPointer<KyScriptSystem> self(this);
+    while (self && !mFailures.isEmpty()) {
+        showWarning(QString(mFailures.constFirst()));
+        if (self)
+            mFailures.removeFirst();
+    }
 }

@@ -3,6 +3,7 @@
 #include <QtCore/QObject>
 #include <QtCore/QProcess>
 #include <QtCore/QStringList>
+#include <QtQml/QJSValue>
 
 class JxProcess;
 
@@ -50,16 +51,18 @@ public:
     Q_INVOKABLE QString findCmd(QString inCmdFile) const;
 
     /// Starts the program \a inCmd and returns true, without waiting for it to start or to end; a failure to
-    /// start is told to the user and to the log later. Its output goes nowhere.
+    /// start is told to the log and to the user later. Its output goes nowhere.
     ///
     /// One program runs at a time: while the one before runs, the call waits for it, serving events, for at
     /// most \a inMsecs milliseconds (below 0: without a limit). Then it tells the user and the log, and gives
     /// false.
-    Q_INVOKABLE bool processCmd(QString inCmd, QStringList inArgs, int inMsecs = 10000);
+    ///
+    /// \a inArgs is a list of texts, see KyScriptTexts; without one the call is a TypeError of the script.
+    Q_INVOKABLE bool processCmd(QString inCmd, QJSValue inArgs, int inMsecs = 10000);
 
     /// Starts the program \a inCmd on its own: any number at a time, and the client knows nothing of it
-    /// afterwards. Gives whether it was started.
-    Q_INVOKABLE bool startDetached(QString inCmd, QStringList inArgs);
+    /// afterwards. Gives whether it was started. \a inArgs as with processCmd().
+    Q_INVOKABLE bool startDetached(QString inCmd, QJSValue inArgs);
 
     /// Puts \a inText on the clipboard, and says so in the log.
     Q_INVOKABLE void setClipboardText(QString inText);
@@ -68,8 +71,13 @@ private Q_SLOTS:
     void onProcessCmdError(QProcess::ProcessError inError);
 
 private:
+    bool process(const QString& inCmd, const QStringList& inArgs, int inMsecs);
+    void showFailures();
+
     JxProcess* const mProcess;
     /// The command started last, by either way.
     QString mCommand;
     QStringList mArguments;
+    /// What is still to be shown to the user; the first is on show.
+    QStringList mFailures;
 };

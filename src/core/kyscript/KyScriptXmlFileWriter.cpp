@@ -1,12 +1,15 @@
 #include "KyScriptXmlFileWriter.h"
 
+#include "KyScriptBytes.h"
 #include "KyScriptOutputFile.h"
 
 #include <rnlib/RnLogFile.h>
 
 #include <QtCore/QBuffer>
 #include <QtCore/QFile>
+#include <QtCore/QPointer>
 #include <QtCore/QXmlStreamWriter>
+#include <QtQml/QJSEngine>
 
 namespace {
 
@@ -49,6 +52,25 @@ void KyScriptXmlFileWriter::setBuffer(const QByteArray& inBuffer)
     auto* device = qobject_cast<QBuffer*>(mWriter ? mWriter->device() : nullptr);
     if (device && device->pos() > mBuffer.size())
         device->seek(mBuffer.size());
+}
+
+QJSValue KyScriptXmlFileWriter::bufferValue() const
+{
+    QJSEngine* engine = qjsEngine(this);
+    return engine ? engine->toScriptValue(buffer()) : QJSValue();
+}
+
+void KyScriptXmlFileWriter::setBufferValue(const QJSValue& inValue)
+{
+    // The properties of an object can be functions of the script, which may end this object.
+    const QPointer<KyScriptXmlFileWriter> self(this);
+    const QPointer<QJSEngine> engine(qjsEngine(this));
+    const auto bytes = KyScriptBytes::of(inValue);
+    if (bytes && self)
+        setBuffer(*bytes);
+    else if (!bytes && engine && !engine->hasError())
+        engine->throwError(QJSValue::TypeError,
+                           QStringLiteral("XmlFileWriter.buffer: the value has no bytes"));
 }
 
 bool KyScriptXmlFileWriter::openFile(QString inDirectory, QString inFilename, bool appendTimestamp)

@@ -2,6 +2,7 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QObject>
+#include <QtQml/QJSValue>
 
 #include <memory>
 
@@ -20,8 +21,9 @@ class KyScriptXmlFileWriter : public QObject
 {
     Q_OBJECT
     /// What openBuffer() writes into. A script that replaces it while a document is being written goes on
-    /// behind the new content at the latest. Reading gives a copy.
-    Q_PROPERTY(QByteArray buffer READ buffer WRITE setBuffer)
+    /// behind the new content at the latest. Reading gives a copy, as an ArrayBuffer. It takes what
+    /// FileWriter.write() takes; other values are a TypeError of the script, and change nothing.
+    Q_PROPERTY(QJSValue buffer READ bufferValue WRITE setBufferValue)
 
 public:
     Q_INVOKABLE explicit KyScriptXmlFileWriter(QObject* parent = nullptr);
@@ -60,6 +62,8 @@ public:
     Q_INVOKABLE void writeEndElement();
 
 private:
+    QJSValue bufferValue() const;
+    void setBufferValue(const QJSValue& inValue);
     void setTarget(std::shared_ptr<QIODevice> inDevice);
 
     QByteArray mBuffer;

@@ -1,5 +1,6 @@
 #include "JxFileDialog.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -14,6 +15,9 @@ JxFileDialog::JxFileDialog(QWidget* inParent, const QString& inCaption, Options 
 QString JxFileDialog::getSaveFileName(QWidget* inParent, const QString& inCaption, const QString& inDir,
                                       const QString& inFilter, QString* ioSelectedFilter, Options inOptions)
 {
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+        return QString();
+
     JxFileDialog dialog(inParent, inCaption, inOptions);
     dialog.setAcceptMode(AcceptSave);
     dialog.setFileMode(AnyFile);

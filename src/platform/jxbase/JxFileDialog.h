@@ -14,7 +14,7 @@ public:
 
     /// Asks the user for the name of a file to write, and asks again before an existing one is taken unless
     /// the options say otherwise. Returns when the dialog is closed: the absolute path, or empty when the
-    /// user cancels or the parent goes.
+    /// user cancels or the parent goes, and in an application without windows.
     ///
     /// \a inDir is the proposed path; in place of a folder that is missing, the nearest one above it is
     /// shown. \a inFilter lists the kinds of files as "Text (*.txt);;All (*)"; empty shows all. \a
