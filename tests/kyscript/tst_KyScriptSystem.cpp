@@ -670,7 +670,8 @@ void tst_KyScriptSystem::processCmdPassesItsArguments_data()
     QTest::newRow("symbol") << ", Symbol('s'), 'b'" << QByteArray("Symbol(s)\nb\n");
     QTest::newRow("objects") << ", new String('a'), ['b', 'c'], {toString() { return 'd'; }}"
                              << QByteArray("a\nb,c\nd\n");
-    QTest::newRow("object whose text fails") << ", {toString() { throw 1; }}, 'b'" << QByteArray("\nb\n");
+    QTest::newRow("object whose text fails")
+        << ", {toString() { throw 'failure'; }}, 'b'" << QByteArray("failure\nb\n");
     QTest::newRow("object with a symbol") << ", {a: Symbol()}" << QByteArray("[object Object]\n");
     QTest::newRow("4000 characters") << ", 'x'.repeat(4000)" << QByteArray(4000, 'x') + '\n';
 }
