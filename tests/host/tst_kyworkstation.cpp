@@ -13,6 +13,7 @@
 #include <kyworkstation/KyStudyFolders.h>
 #include <kyworkstation/KyStudyListModel.h>
 #include <kyworkstation/KyStudySession.h>
+#include <kyworkstation/KyTranslations.h>
 #include <kyworkstation/KyWorkstationOptions.h>
 
 #include <ovbase/OvEnum.h>
@@ -131,6 +132,10 @@ private slots:
     void consoleOpensByItsKey();
     void everyActionHasAKey();
     void everyFieldHasAnAccessibleName();
+
+    void windowSpeaksTheLanguageOfTheUser();
+    void firstLanguageOfTheUserCounts_data();
+    void firstLanguageOfTheUserCounts();
 
     void commandLineIsRead_data();
     void commandLineIsRead();
@@ -1267,6 +1272,74 @@ void tst_kyworkstation::everyFieldHasAnAccessibleName()
         if (isField && field->focusPolicy() != Qt::NoFocus && !field->objectName().startsWith("qt_"))
             QVERIFY2(!field->accessibleName().isEmpty(), field->metaObject()->className());
     }
+}
+
+#define REQUIRE_TRANSLATIONS()                                                                               \
+    if (!QFile::exists(":/translations/kyscript_de.qm"))                                                     \
+    QSKIP("built without lrelease: no translations")
+
+void tst_kyworkstation::windowSpeaksTheLanguageOfTheUser()
+{
+    REQUIRE_TRANSLATIONS();
+    stop();
+    {
+        const KyTranslations german(QLocale("de_DE"));
+        start();
+        QCOMPARE(mWindow->menuBar()->actions().first()->text(), QStringLiteral("&Datei"));
+        QCOMPARE(studyList().model()->headerData(0, Qt::Horizontal).toString(), QStringLiteral("Patient"));
+        QCOMPARE(studyList().model()->headerData(2, Qt::Horizontal).toString(),
+                 QStringLiteral("Geburtsdatum"));
+        action("Einstellungen ").trigger();
+        const auto* tree = mWindow->findChild<QWidget*>("settings")->findChild<QTreeWidget*>();
+        QVERIFY(!tree->findItems(QString::fromUtf8("Automatische Einrückung"),
+                                 Qt::MatchExactly | Qt::MatchRecursive)
+                     .isEmpty());
+        QAction open;
+        open.setData("German");
+        connect(&open, &QAction::triggered, &KyScriptInterface::getInstance(QString()),
+                &KyScriptInterface::showConsole);
+        open.trigger();
+        QWidget* window = windowTitled("Console[QJSEngine] (German)");
+        QVERIFY(window);
+        QCOMPARE(window->findChild<QPushButton*>("w_Evaluate")->text(), QStringLiteral("Auswerten"));
+        QCOMPARE(evaluate(*window, "x.y"), QStringLiteral("Fehler (Zeile: 1): x is not defined\n%entry@:1"));
+        stop();
+    }
+    start();
+    QCOMPARE(mWindow->menuBar()->actions().first()->text(), QStringLiteral("&File"));
+}
+
+void tst_kyworkstation::firstLanguageOfTheUserCounts_data()
+{
+    QTest::addColumn<QStringList>("environment");
+    QTest::addColumn<QString>("shown");
+    const QString english = "A workstation for DICOM studies that scripts can extend.";
+    const QString german =
+        QString::fromUtf8("Ein Arbeitsplatz für DICOM-Untersuchungen, den Skripte erweitern");
+    QTest::newRow("German") << QStringList{"LC_ALL=de_DE.UTF-8"} << german;
+    QTest::newRow("Austrian") << QStringList{"LC_ALL=de_AT.UTF-8"} << german;
+    QTest::newRow("English") << QStringList{"LC_ALL=en_GB.UTF-8"} << english;
+    QTest::newRow("none") << QStringList{"LC_ALL=C.UTF-8"} << english;
+    QTest::newRow("no translation") << QStringList{"LC_ALL=fr_FR.UTF-8"} << english;
+    QTest::newRow("second choice") << QStringList{"LC_ALL=fr_FR.UTF-8", "LANGUAGE=fr:de:en"} << german;
+    QTest::newRow("English before German") << QStringList{"LC_ALL=en_GB.UTF-8", "LANGUAGE=en:de"} << english;
+}
+
+void tst_kyworkstation::firstLanguageOfTheUserCounts()
+{
+    REQUIRE_TRANSLATIONS();
+    QFETCH(QStringList, environment);
+    QFETCH(QString, shown);
+    QProcess program;
+    QProcessEnvironment all = QProcessEnvironment::systemEnvironment();
+    all.remove("LANGUAGE");
+    for (const QString& variable : environment)
+        all.insert(variable.section('=', 0, 0), variable.section('=', 1));
+    program.setProcessEnvironment(all);
+    program.start(KYWORKSTATION, {"--help"});
+    QVERIFY(program.waitForFinished());
+    const QString help = QString::fromUtf8(program.readAllStandardOutput());
+    QVERIFY2(help.contains(shown), qPrintable(help));
 }
 
 void tst_kyworkstation::commandLineIsRead_data()

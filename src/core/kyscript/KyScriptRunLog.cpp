@@ -10,6 +10,7 @@
 
 namespace {
 
+constexpr const char* GroupId = "Scripting";
 constexpr const char* LogNumLinesId = "Scripting.LogNumLines";
 constexpr int LogNumLinesDefault = 1;
 
@@ -85,8 +86,11 @@ void KyScriptRunLog::finish() const
 
 void KyScriptRunLog::registerProperties()
 {
-    OvTranslationProperty::translate("Scripting", "Advanced Settings", nullptr);
-    OvTranslationProperty::translate(LogNumLinesId, "Number of Logged Lines for Scripts", nullptr);
+    OvTranslationProperty::translate(GroupId, QT_TRANSLATE_NOOP("OvTranslationProperty", "Advanced Settings"),
+                                     nullptr);
+    OvTranslationProperty::translate(
+        LogNumLinesId, QT_TRANSLATE_NOOP("OvTranslationProperty", "Number of Logged Lines for Scripts"),
+        nullptr);
     OvPropertyPool::addRegisterProperties([](OvPropertyPool& ioPool) {
         ioPool.property<int>(LogNumLinesId, LogNumLinesDefault, ioPool.defaultSerializer());
     });

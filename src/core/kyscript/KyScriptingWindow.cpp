@@ -90,8 +90,10 @@ KyScriptingWindow::~KyScriptingWindow() = default;
 
 void KyScriptingWindow::registerProperties()
 {
-    OvTranslationProperty::translate(GroupId, "Scripting Console", nullptr);
-    OvTranslationProperty::translate(AutoIndentationId, "Automatic Indentation", nullptr);
+    OvTranslationProperty::translate(GroupId, QT_TRANSLATE_NOOP("OvTranslationProperty", "Scripting Console"),
+                                     nullptr);
+    OvTranslationProperty::translate(
+        AutoIndentationId, QT_TRANSLATE_NOOP("OvTranslationProperty", "Automatic Indentation"), nullptr);
     OvPropertyPool::addRegisterProperties([](OvPropertyPool& ioPool) {
         ioPool.property<bool>(AutoIndentationId, true, ioPool.defaultSerializer());
     });

@@ -14,6 +14,7 @@ namespace {
 
 using Names = QList<QString>;
 
+constexpr const char* GroupId = "Workstation";
 constexpr const char* RecentScriptsId = "Workstation.RecentScripts";
 constexpr const char* ConsoleNamesId = "Workstation.ConsoleNames";
 
@@ -70,9 +71,13 @@ KyScriptingMenu::KyScriptingMenu(QWidget* inParent)
 
 void KyScriptingMenu::registerProperties()
 {
-    OvTranslationProperty::translate("Workstation", "Workstation", nullptr);
-    OvTranslationProperty::translate(RecentScriptsId, "Recent Scripts", nullptr);
-    OvTranslationProperty::translate(ConsoleNamesId, "Engines with a Console in the Menu", nullptr);
+    OvTranslationProperty::translate(GroupId, QT_TRANSLATE_NOOP("OvTranslationProperty", "Workstation"),
+                                     nullptr);
+    OvTranslationProperty::translate(RecentScriptsId,
+                                     QT_TRANSLATE_NOOP("OvTranslationProperty", "Recent Scripts"), nullptr);
+    OvTranslationProperty::translate(
+        ConsoleNamesId, QT_TRANSLATE_NOOP("OvTranslationProperty", "Engines with a Console in the Menu"),
+        nullptr);
     OvPropertyPool::addRegisterProperties([](OvPropertyPool& ioPool) {
         ioPool.property<Names>(RecentScriptsId, Names(), ioPool.defaultSerializer());
         ioPool.property<Names>(ConsoleNamesId, defaultConsoles(), ioPool.defaultSerializer());

@@ -14,16 +14,25 @@ QString name(const char* inName)
 
 QList<QCommandLineOption> valueOptions()
 {
-    const auto tr = [](const char* text) { return KyWorkstationOptions::tr(text); };
-    return {
-        {{name("s"), name("studies")}, tr("Open the DICOM files below DIR (repeatable)."), name("DIR")},
-        {name("additional"), tr("Open those below DIR as additional studies (repeatable)."), name("DIR")},
-        {name("property"), tr("Set an application property for this session (repeatable)."), name("ID=TEXT")},
-        {name("profile"), tr("Keep settings and data below DIR instead of the user's configuration folder."),
-         name("DIR")},
-        {name("tools"), tr("Load a tool configuration file (repeatable)."), name("FILE")},
-        {name("proxy"), tr("The configured HTTP proxy of the client."), name("HOST:PORT")},
-        {name("log"), tr("Write the log also to FILE, \"-\" for standard error."), name("FILE")}};
+    return {{{name("s"), name("studies")},
+             KyWorkstationOptions::tr("Open the DICOM files below DIR (repeatable)."),
+             name("DIR")},
+            {name("additional"),
+             KyWorkstationOptions::tr("Open those below DIR as additional studies (repeatable)."),
+             name("DIR")},
+            {name("property"),
+             KyWorkstationOptions::tr("Set an application property for this session (repeatable)."),
+             name("ID=TEXT")},
+            {name("profile"),
+             KyWorkstationOptions::tr(
+                 "Keep settings and data below DIR instead of the user's configuration folder."),
+             name("DIR")},
+            {name("tools"), KyWorkstationOptions::tr("Load a tool configuration file (repeatable)."),
+             name("FILE")},
+            {name("proxy"), KyWorkstationOptions::tr("The configured HTTP proxy of the client."),
+             name("HOST:PORT")},
+            {name("log"), KyWorkstationOptions::tr("Write the log also to FILE, \"-\" for standard error."),
+             name("FILE")}};
 }
 
 /// Puts properties and proxy in; gives what is wrong with them, or nothing.

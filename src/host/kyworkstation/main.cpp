@@ -3,6 +3,7 @@
 #include "KyMainWindow.h"
 #include "KyScriptingMenu.h"
 #include "KyToolKeys.h"
+#include "KyTranslations.h"
 #include "KyWorkstationOptions.h"
 #include "KyWorkstationTools.h"
 
@@ -77,6 +78,7 @@ int main(int argc, char** argv)
     QGuiApplication::setDesktopFileName(QStringLiteral("kyworkstation"));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/kyworkstation/icon.png")));
 
+    const KyTranslations translations;
     KyWorkstationOptions options;
     QString text;
     switch (options.parse(QCoreApplication::arguments(), text)) {

@@ -8,6 +8,7 @@
 
 namespace {
 
+constexpr const char* GroupId = "General";
 constexpr const char* DateFormatId = "General.DateFormat";
 constexpr const char* TimeFormatId = "General.TimeFormat";
 
@@ -19,9 +20,11 @@ void registerProperties(OvPropertyPool& ioPool)
 
 // The properties that this library itself has; a pool is never there before the library.
 [[maybe_unused]] const bool sIsRegistered = [] {
-    OvTranslationProperty::translate("General", "General", nullptr);
-    OvTranslationProperty::translate(DateFormatId, "Date Format", nullptr);
-    OvTranslationProperty::translate(TimeFormatId, "Time Format", nullptr);
+    OvTranslationProperty::translate(GroupId, QT_TRANSLATE_NOOP("OvTranslationProperty", "General"), nullptr);
+    OvTranslationProperty::translate(DateFormatId, QT_TRANSLATE_NOOP("OvTranslationProperty", "Date Format"),
+                                     nullptr);
+    OvTranslationProperty::translate(TimeFormatId, QT_TRANSLATE_NOOP("OvTranslationProperty", "Time Format"),
+                                     nullptr);
     OvPropertyPool::addRegisterProperties(registerProperties);
     return true;
 }();

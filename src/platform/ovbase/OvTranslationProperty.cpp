@@ -2,11 +2,12 @@
 
 #include "OvObservers.h"
 
+#include <QCoreApplication>
 #include <QHash>
 
 namespace {
 
-using Labels = QHash<QString, QString>;
+using Labels = QHash<QString, QByteArray>; // UTF-8, as QCoreApplication::translate() takes it
 using Observers = OvObservers<const QString&>;
 
 // Reached while static objects are built, and by statics that end later than those of this file.
@@ -35,7 +36,7 @@ const char* OvTranslationProperty::translate(const char* inKey, const char* inTe
     if (!inKey || !inText)
         return inKey;
     const QString path = pathOf(inKey, inContext);
-    const QString text = QString::fromUtf8(inText);
+    const QByteArray text(inText);
     const auto present = labels().constFind(path);
     if (present != labels().constEnd() && *present == text)
         return inKey;
@@ -46,7 +47,8 @@ const char* OvTranslationProperty::translate(const char* inKey, const char* inTe
 
 QString OvTranslationProperty::label(const QString& inPath)
 {
-    return labels().value(inPath);
+    const QByteArray text = labels().value(inPath);
+    return text.isEmpty() ? QString() : QCoreApplication::translate("OvTranslationProperty", text);
 }
 
 void OvTranslationProperty::observeLabels(const QObject* inContext, LabelFunction inFunction)

@@ -2,6 +2,8 @@
 
 #include <ovbase/OvTranslationProperty.h>
 
+#include <QTranslator>
+
 namespace {
 
 [[maybe_unused]] const char* const Early = OvTranslationProperty::translate("Early.Bird", "Worm", nullptr);
@@ -53,6 +55,29 @@ private slots:
         OvTranslationProperty::translate("Replaced", "Old", nullptr);
         OvTranslationProperty::translate("Replaced", "New", nullptr);
         QCOMPARE(OvTranslationProperty::label("Replaced"), QStringLiteral("New"));
+    }
+
+    void aLabelIsReadInTheLanguageOfTheUser()
+    {
+        OvTranslationProperty::translate("Spoken",
+                                         QT_TRANSLATE_NOOP("OvTranslationProperty", "Gr\xc3\xb6\xc3\x9f"
+                                                                                    "e"),
+                                         nullptr);
+        class Shouting final : public QTranslator
+        {
+        public:
+            QString translate(const char* inContext, const char* inText, const char*, int) const override
+            {
+                return qstrcmp(inContext, "OvTranslationProperty") == 0 ? QString::fromUtf8(inText) + '!'
+                                                                        : QString();
+            }
+            bool isEmpty() const override { return false; }
+        } translator;
+        QCoreApplication::installTranslator(&translator);
+        QCOMPARE(OvTranslationProperty::label("Spoken"), QString::fromUtf8("Größe!"));
+        QCOMPARE(OvTranslationProperty::label("No.Such"), QString());
+        QCoreApplication::removeTranslator(&translator);
+        QCOMPARE(OvTranslationProperty::label("Spoken"), QString::fromUtf8("Größe"));
     }
 
     void nullKeyOrTextRecordsNothing()

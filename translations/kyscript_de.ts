@@ -1,0 +1,538 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de" sourcelanguage="en">
+<context>
+    <name>KyFileMenu</name>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;Datei</translation>
+    </message>
+    <message>
+        <source>&amp;Open Folder…</source>
+        <translation>Ordner ö&amp;ffnen …</translation>
+    </message>
+    <message>
+        <source>Open the studies below a folder</source>
+        <translation>Die Untersuchungen in einem Ordner öffnen</translation>
+    </message>
+    <message>
+        <source>Open &amp;Additional Folder…</source>
+        <translation>&amp;Weiteren Ordner öffnen …</translation>
+    </message>
+    <message>
+        <source>Open the studies below a folder beside the primary ones, such as priors</source>
+        <translation>Die Untersuchungen in einem Ordner neben den primären öffnen, etwa Voraufnahmen</translation>
+    </message>
+    <message>
+        <source>&amp;Close All Studies</source>
+        <translation>Alle Untersuchungen s&amp;chließen</translation>
+    </message>
+    <message>
+        <source>Empty the study list</source>
+        <translation>Die Liste der Untersuchungen leeren</translation>
+    </message>
+    <message>
+        <source>&amp;Settings…</source>
+        <translation>&amp;Einstellungen …</translation>
+    </message>
+    <message>
+        <source>Change the settings of the application</source>
+        <translation>Die Einstellungen der Anwendung ändern</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Beenden</translation>
+    </message>
+    <message>
+        <source>End the program</source>
+        <translation>Das Programm beenden</translation>
+    </message>
+    <message>
+        <source>Open Folder</source>
+        <translation>Ordner öffnen</translation>
+    </message>
+</context>
+<context>
+    <name>KyHelpMenu</name>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>&amp;About Ky Workstation</source>
+        <translation>Ü&amp;ber Ky Workstation</translation>
+    </message>
+    <message>
+        <source>About Ky Workstation</source>
+        <translation>Über Ky Workstation</translation>
+    </message>
+    <message>
+        <source>&lt;b&gt;Ky Workstation&lt;/b&gt; %1</source>
+        <translation>&lt;b&gt;Ky Workstation&lt;/b&gt; %1</translation>
+    </message>
+    <message>
+        <source>A workstation for DICOM studies that scripts can extend. Not for diagnosis.</source>
+        <translation>Ein Arbeitsplatz für DICOM-Untersuchungen, den Skripte erweitern können. Nicht zur Befundung.</translation>
+    </message>
+</context>
+<context>
+    <name>KyLoadingStatus</name>
+    <message>
+        <source>Progress of loading</source>
+        <translation>Fortschritt des Ladens</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Stop loading (Esc)</source>
+        <translation>Das Laden abbrechen (Esc)</translation>
+    </message>
+    <message>
+        <source>Studies: %1   Images: %2</source>
+        <translation>Untersuchungen: %1   Bilder: %2</translation>
+    </message>
+    <message>
+        <source>Reading %1</source>
+        <translation>%1 wird gelesen</translation>
+    </message>
+    <message>
+        <source>There is no DICOM study below %1</source>
+        <translation>In %1 ist keine DICOM-Untersuchung</translation>
+    </message>
+    <message>
+        <source>further folders that failed: %1</source>
+        <translation>weitere Ordner mit Fehlern: %1</translation>
+    </message>
+    <message>
+        <source>Opened %1 (images: %2)</source>
+        <translation>%1 ist geöffnet (Bilder: %2)</translation>
+    </message>
+    <message>
+        <source>Opened folders: %1 (images: %2)</source>
+        <translation>Geöffnete Ordner: %1 (Bilder: %2)</translation>
+    </message>
+    <message>
+        <source>files skipped: %1, see the log</source>
+        <translation>übergangene Dateien: %1, siehe Protokoll</translation>
+    </message>
+    <message>
+        <source>Loading was cancelled</source>
+        <translation>Das Laden wurde abgebrochen</translation>
+    </message>
+</context>
+<context>
+    <name>KyLogModel</name>
+    <message>
+        <source>Operation</source>
+        <translation>Vorgang</translation>
+    </message>
+    <message>
+        <source>Detail</source>
+        <translation>Einzelheit</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>Warnung</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Zeit</translation>
+    </message>
+    <message>
+        <source>Level</source>
+        <translation>Stufe</translation>
+    </message>
+    <message>
+        <source>Context</source>
+        <translation>Bereich</translation>
+    </message>
+    <message>
+        <source>Text</source>
+        <translation>Text</translation>
+    </message>
+</context>
+<context>
+    <name>KyLogPane</name>
+    <message>
+        <source>All levels</source>
+        <translation>Alle Stufen</translation>
+    </message>
+    <message>
+        <source>Errors</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>%1 and above</source>
+        <translation>%1 und höher</translation>
+    </message>
+    <message>
+        <source>Least level on view</source>
+        <translation>Niedrigste gezeigte Stufe</translation>
+    </message>
+    <message>
+        <source>Search the log</source>
+        <translation>Im Protokoll suchen</translation>
+    </message>
+    <message>
+        <source>C&amp;lear</source>
+        <translation>&amp;Leeren</translation>
+    </message>
+    <message>
+        <source>Log</source>
+        <translation>Protokoll</translation>
+    </message>
+    <message>
+        <source>&amp;Copy</source>
+        <translation>&amp;Kopieren</translation>
+    </message>
+    <message>
+        <source>Le&amp;vel:</source>
+        <translation>Stu&amp;fe:</translation>
+    </message>
+</context>
+<context>
+    <name>KyMainWindow</name>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;Ansicht</translation>
+    </message>
+    <message>
+        <source>Ky Workstation</source>
+        <translation>Ky Workstation</translation>
+    </message>
+    <message>
+        <source>&amp;Log</source>
+        <translation>&amp;Protokoll</translation>
+    </message>
+    <message>
+        <source>Script &amp;Output</source>
+        <translation>Skript&amp;ausgabe</translation>
+    </message>
+</context>
+<context>
+    <name>KyPropertyEditor</name>
+    <message>
+        <source>Reset</source>
+        <translation>Zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Back to the default</source>
+        <translation>Auf die Vorgabe zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Reset %1</source>
+        <translation>%1 zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Texts with commas between them</source>
+        <translation>Texte mit Kommas dazwischen</translation>
+    </message>
+    <message>
+        <source>Not set</source>
+        <translation>Nicht gesetzt</translation>
+    </message>
+</context>
+<context>
+    <name>KyScriptOutputPane</name>
+    <message>
+        <source>Script output</source>
+        <translation>Skriptausgabe</translation>
+    </message>
+    <message>
+        <source>Cle&amp;ar</source>
+        <translation>L&amp;eeren</translation>
+    </message>
+    <message>
+        <source>Empty the script output</source>
+        <translation>Die Skriptausgabe leeren</translation>
+    </message>
+    <message>
+        <source>it is not UTF-8</source>
+        <translation>es ist kein UTF-8</translation>
+    </message>
+    <message>
+        <source>Cannot read the script %1: %2</source>
+        <translation>Das Skript %1 ist nicht lesbar: %2</translation>
+    </message>
+    <message>
+        <source>Running %1</source>
+        <translation>%1 läuft</translation>
+    </message>
+</context>
+<context>
+    <name>KyScriptingMenu</name>
+    <message>
+        <source>&amp;Scripting</source>
+        <translation>&amp;Skripte</translation>
+    </message>
+    <message>
+        <source>Re&amp;cent Scripts</source>
+        <translation>&amp;Zuletzt ausgeführte Skripte</translation>
+    </message>
+    <message>
+        <source>&amp;Run Script…</source>
+        <translation>Skript aus&amp;führen …</translation>
+    </message>
+    <message>
+        <source>Run a JavaScript file on the default engine</source>
+        <translation>Eine JavaScript-Datei auf der Standard-Engine ausführen</translation>
+    </message>
+    <message>
+        <source>Consoles</source>
+        <translation>Konsolen</translation>
+    </message>
+    <message>
+        <source>&amp;New Console…</source>
+        <translation>&amp;Neue Konsole …</translation>
+    </message>
+    <message>
+        <source>Open the console of an engine with another name</source>
+        <translation>Die Konsole einer Engine mit anderem Namen öffnen</translation>
+    </message>
+    <message>
+        <source>Run Script</source>
+        <translation>Skript ausführen</translation>
+    </message>
+    <message>
+        <source>Scripts (*.js);;All files (*)</source>
+        <translation>Skripte (*.js);;Alle Dateien (*)</translation>
+    </message>
+    <message>
+        <source>&amp;Clear List</source>
+        <translation>Liste &amp;leeren</translation>
+    </message>
+    <message>
+        <source>&amp;Default Console</source>
+        <translation>&amp;Standardkonsole</translation>
+    </message>
+    <message>
+        <source>Console “%1”</source>
+        <translation>Konsole „%1“</translation>
+    </message>
+    <message>
+        <source>New Console</source>
+        <translation>Neue Konsole</translation>
+    </message>
+    <message>
+        <source>&amp;Name of the engine:</source>
+        <translation>&amp;Name der Engine:</translation>
+    </message>
+</context>
+<context>
+    <name>KyScriptingWindow</name>
+    <message>
+        <source>A script of this engine is still running. The new engine comes when it has ended.</source>
+        <translation>Ein Skript dieser Engine läuft noch. Die neue Engine kommt, wenn es geendet hat.</translation>
+    </message>
+    <message>
+        <source>Ends this engine and starts a fresh one. Modules that hold the engine of this name lose it until the next start.</source>
+        <translation>Beendet diese Engine und startet eine frische. Module, die die Engine dieses Namens halten, verlieren sie bis zum nächsten Start.</translation>
+    </message>
+    <message>
+        <source>Output (the oldest lines are left out)</source>
+        <translation>Ausgabe (ohne die ältesten Zeilen)</translation>
+    </message>
+    <message>
+        <source>Run the selection, or else all of the input (F5)</source>
+        <translation>Die Auswahl ausführen, sonst die ganze Eingabe (F5)</translation>
+    </message>
+    <message>
+        <source>The script of this console is still running.</source>
+        <translation>Das Skript dieser Konsole läuft noch.</translation>
+    </message>
+    <message>
+        <source>Error (Line: %1): %2</source>
+        <translation>Fehler (Zeile: %1): %2</translation>
+    </message>
+</context>
+<context>
+    <name>KyScriptingWindowBase</name>
+    <message>
+        <source>Console</source>
+        <translation>Konsole</translation>
+    </message>
+    <message>
+        <source>Input</source>
+        <translation>Eingabe</translation>
+    </message>
+    <message>
+        <source>Output</source>
+        <translation>Ausgabe</translation>
+    </message>
+    <message>
+        <source>New Engine</source>
+        <translation>Neue Engine</translation>
+    </message>
+    <message>
+        <source>Evaluate</source>
+        <translation>Auswerten</translation>
+    </message>
+</context>
+<context>
+    <name>KySettingsDialog</name>
+    <message>
+        <source>Settings</source>
+        <translation>Einstellungen</translation>
+    </message>
+    <message>
+        <source>Search the settings</source>
+        <translation>In den Einstellungen suchen</translation>
+    </message>
+    <message>
+        <source>Setting</source>
+        <translation>Einstellung</translation>
+    </message>
+    <message>
+        <source>Value</source>
+        <translation>Wert</translation>
+    </message>
+</context>
+<context>
+    <name>KyStudyListModel</name>
+    <message>
+        <source>Additional study, loaded beside the primary ones</source>
+        <translation>Weitere Untersuchung, neben den primären geladen</translation>
+    </message>
+    <message>
+        <source>Patient</source>
+        <translation>Patient</translation>
+    </message>
+    <message>
+        <source>ID</source>
+        <translation>ID</translation>
+    </message>
+    <message>
+        <source>Birth date</source>
+        <translation>Geburtsdatum</translation>
+    </message>
+    <message>
+        <source>Study date</source>
+        <translation>Untersuchungsdatum</translation>
+    </message>
+    <message>
+        <source>Description</source>
+        <translation>Beschreibung</translation>
+    </message>
+    <message>
+        <source>Modalities</source>
+        <translation>Modalitäten</translation>
+    </message>
+    <message>
+        <source>Images</source>
+        <translation>Bilder</translation>
+    </message>
+</context>
+<context>
+    <name>KyStudyListView</name>
+    <message>
+        <source>Studies</source>
+        <translation>Untersuchungen</translation>
+    </message>
+    <message>
+        <source>No studies are open.
+Open a folder of DICOM files with Ctrl+O, or drop it here.</source>
+        <translation>Es sind keine Untersuchungen geöffnet.
+Öffnen Sie einen Ordner mit DICOM-Dateien mit Strg+O oder legen Sie ihn hier ab.</translation>
+    </message>
+</context>
+<context>
+    <name>KyWorkstationOptions</name>
+    <message>
+        <source>Open the DICOM files below DIR (repeatable).</source>
+        <translation>Die DICOM-Dateien in DIR öffnen (mehrfach möglich).</translation>
+    </message>
+    <message>
+        <source>Open those below DIR as additional studies (repeatable).</source>
+        <translation>Die in DIR als weitere Untersuchungen öffnen (mehrfach möglich).</translation>
+    </message>
+    <message>
+        <source>Set an application property for this session (repeatable).</source>
+        <translation>Eine Eigenschaft der Anwendung für diese Sitzung setzen (mehrfach möglich).</translation>
+    </message>
+    <message>
+        <source>Keep settings and data below DIR instead of the user&apos;s configuration folder.</source>
+        <translation>Einstellungen und Daten in DIR statt im Konfigurationsordner des Benutzers halten.</translation>
+    </message>
+    <message>
+        <source>The configured HTTP proxy of the client.</source>
+        <translation>Der eingestellte HTTP-Proxy des Clients.</translation>
+    </message>
+    <message>
+        <source>Write the log also to FILE, &quot;-&quot; for standard error.</source>
+        <translation>Das Protokoll auch in FILE schreiben, &quot;-&quot; steht für die Fehlerausgabe.</translation>
+    </message>
+    <message>
+        <source>--property needs ID=TEXT, not &quot;%1&quot;</source>
+        <translation>--property braucht ID=TEXT, nicht &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>--proxy needs HOST:PORT, not &quot;%1&quot;</source>
+        <translation>--proxy braucht HOST:PORT, nicht &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>A workstation for DICOM studies that scripts can extend.</source>
+        <translation>Ein Arbeitsplatz für DICOM-Untersuchungen, den Skripte erweitern können.</translation>
+    </message>
+    <message>
+        <source>Folders of studies to open; a file stands for its folder.</source>
+        <translation>Ordner mit Untersuchungen; eine Datei steht für ihren Ordner.</translation>
+    </message>
+    <message>
+        <source>Cannot write the log %1: %2</source>
+        <translation>Das Protokoll %1 ist nicht schreibbar: %2</translation>
+    </message>
+    <message>
+        <source>There is no property %1 that takes this text</source>
+        <translation>Keine Eigenschaft %1 nimmt diesen Text an</translation>
+    </message>
+</context>
+<context>
+    <name>OvTranslationProperty</name>
+    <message>
+        <source>Scripting Console</source>
+        <translation>Skriptkonsole</translation>
+    </message>
+    <message>
+        <source>Automatic Indentation</source>
+        <translation>Automatische Einrückung</translation>
+    </message>
+    <message>
+        <source>Advanced Settings</source>
+        <translation>Erweiterte Einstellungen</translation>
+    </message>
+    <message>
+        <source>Number of Logged Lines for Scripts</source>
+        <translation>Zahl der protokollierten Skriptzeilen</translation>
+    </message>
+    <message>
+        <source>Workstation</source>
+        <translation>Arbeitsplatz</translation>
+    </message>
+    <message>
+        <source>Recent Scripts</source>
+        <translation>Zuletzt ausgeführte Skripte</translation>
+    </message>
+    <message>
+        <source>Engines with a Console in the Menu</source>
+        <translation>Engines mit einer Konsole im Menü</translation>
+    </message>
+    <message>
+        <source>General</source>
+        <translation>Allgemein</translation>
+    </message>
+    <message>
+        <source>Date Format</source>
+        <translation>Datumsformat</translation>
+    </message>
+    <message>
+        <source>Time Format</source>
+        <translation>Zeitformat</translation>
+    </message>
+</context>
+</TS>
