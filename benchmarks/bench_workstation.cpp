@@ -15,7 +15,9 @@
 
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
+#include <QtGui/QAction>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QPlainTextEdit>
 #include <QtWidgets/QTextEdit>
 
 #include <cstdlib>
@@ -25,38 +27,14 @@ namespace {
 constexpr int Instances = 2000;
 constexpr int Lines = 100'000;
 constexpr int LinesPerTurn = 100;
+constexpr int LongRepetitions = 3;
 
-/// Tells when a window has been painted for the first time.
-class FirstPaint final : public QObject
-{
-public:
-    explicit FirstPaint(QWidget& ioWindow) { ioWindow.installEventFilter(this); }
-    bool eventFilter(QObject*, QEvent* inEvent) override
-    {
-        mHappened = mHappened || inEvent->type() == QEvent::Paint;
-        return false;
-    }
-    void wait() const
-    {
-        while (!mHappened)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-
-private:
-    bool mHappened = false;
-};
-
-void showAndWait(QWidget& ioWindow)
-{
-    const FirstPaint paint(ioWindow);
-    ioWindow.show();
-    paint.wait();
-}
-
-void startProgram(benchmark::State& ioState, const char* inProgram, const QStringList& inArguments)
+void startProgram(benchmark::State& ioState, const char* inProgram, const QStringList& inArguments,
+                  const QProcessEnvironment& inEnvironment)
 {
     for (auto _ : ioState) {
         QProcess process;
+        process.setProcessEnvironment(inEnvironment);
         process.setStandardOutputFile(QProcess::nullDevice());
         process.start(QString::fromUtf8(inProgram), inArguments);
         if (!process.waitForFinished() || process.exitCode() != 0)
@@ -64,27 +42,25 @@ void startProgram(benchmark::State& ioState, const char* inProgram, const QStrin
     }
 }
 
-void addStart()
+/// Whole processes: a plugin of Qt ends them when their window has been painted.
+void addStart(const QString& inProfile)
 {
-    benchmark::RegisterBenchmark("program loaded", [](benchmark::State& state) {
-        startProgram(state, KYWORKSTATION, {QStringLiteral("--version")});
-    });
-    benchmark::RegisterBenchmark("program loaded/yardstick",
-                                 [](benchmark::State& state) { startProgram(state, EMPTY_QT, {}); });
-    benchmark::RegisterBenchmark("first window", [](benchmark::State& state) {
-        for (auto _ : state) {
-            KyHostPlatform platform{KyHostOptions()};
-            KyMainWindow window;
-            showAndWait(window);
-        }
-    });
-    benchmark::RegisterBenchmark("first window/yardstick", [](benchmark::State& state) {
-        for (auto _ : state) {
-            QMainWindow window;
-            window.resize(1100, 720);
-            showAndWait(window);
-        }
-    });
+    QProcessEnvironment plain = QProcessEnvironment::systemEnvironment();
+    QProcessEnvironment ending = plain;
+    ending.insert(QStringLiteral("QT_PLUGIN_PATH"), QStringLiteral(BENCH_PLUGINS));
+    ending.insert(QStringLiteral("QT_QPA_GENERIC_PLUGINS"), QStringLiteral("EndAtFirstPaint"));
+    const QStringList version = {QStringLiteral("--version")};
+    const QStringList profile = {QStringLiteral("--profile"), inProfile};
+    const auto add = [](const char* name, const char* program, const QStringList& arguments,
+                        const QProcessEnvironment& environment) {
+        benchmark::RegisterBenchmark(name, [=](benchmark::State& state) {
+            startProgram(state, program, arguments, environment);
+        })->UseRealTime();
+    };
+    add("program loaded, --version", KYWORKSTATION, version, plain);
+    add("program loaded, --version/yardstick", EMPTY_QT, version, plain);
+    add("program from start to first window", KYWORKSTATION, profile, ending);
+    add("program from start to first window/yardstick", EMPTY_QT, {}, ending);
 }
 
 /// The window's way against the loader that it uses; the window serves its events meanwhile.
@@ -93,77 +69,112 @@ void addOpening(const QString& inFolder)
     benchmark::RegisterBenchmark("open 2000 instances", [=](benchmark::State& state) {
         KyHostPlatform platform{KyHostOptions()};
         KyMainWindow window;
-        showAndWait(window);
+        window.show();
+        QCoreApplication::processEvents();
         for (auto _ : state) {
             window.closeStudies();
             window.openFolder(inFolder);
             while (KyStudySession::primary().empty())
                 QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
-    });
+    })->UseRealTime();
     benchmark::RegisterBenchmark("open 2000 instances/yardstick", [=](benchmark::State& state) {
         for (auto _ : state)
             benchmark::DoNotOptimize(Ovg::FolderStudySource(inFolder).load());
-    });
+    })->UseRealTime();
 }
 
-/// A pane as the console has it.
-void preparePane(QTextEdit& ioPane)
+/// Lets a script serve events in its midst.
+class EventServer final : public QObject
 {
-    ioPane.setReadOnly(true);
-    ioPane.setUndoRedoEnabled(false);
-    ioPane.resize(600, 150);
-    ioPane.show();
-    QCoreApplication::processEvents();
+    Q_OBJECT
+
+public:
+    Q_INVOKABLE void serve() { QCoreApplication::processEvents(); }
+};
+
+/// The console of an engine of its own, on the screen.
+QWidget* openConsole(const QString& inName)
+{
+    QAction action;
+    action.setData(inName);
+    QObject::connect(&action, &QAction::triggered, &KyScriptInterface::getInstance(inName),
+                     &KyScriptInterface::showConsole);
+    action.trigger();
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (window->windowTitle().endsWith(QStringLiteral("(%1)").arg(inName)))
+            return window;
+    }
+    return nullptr;
 }
 
-void print(benchmark::State& ioState, int inLinesPerTurn)
+/// What a user waits for: the text in the pane and the window painted.
+void printInConsole(benchmark::State& ioState, const QString& inSource)
 {
     KyHostPlatform platform{KyHostOptions()};
+    EventServer server;
+    const QString name = QStringLiteral("bench");
+    QWidget* console = openConsole(name);
+    KyScriptInterface& engine = KyScriptInterface::getInstance(name);
+    QJSEngine::setObjectOwnership(&server, QJSEngine::CppOwnership);
+    engine.globalObject().setProperty(QStringLiteral("events"), engine.newQObject(&server));
+    const auto evaluate = [&](const QString& source) {
+        QMetaObject::invokeMethod(console, "evaluate", Q_ARG(QString, source));
+        QCoreApplication::processEvents();
+    };
+    const auto* pane = console->findChild<QTextEdit*>(QStringLiteral("w_OutputText"));
     for (auto _ : ioState) {
-        QTextEdit pane;
-        preparePane(pane);
-        KyScriptEngine engine(nullptr, 0);
-        engine.redirectPrintOutput(&pane);
-        const KyScriptProgram program(
-            QStringLiteral("for (var i = 0; i < %1; ++i) print('line', i)").arg(inLinesPerTurn), QString(),
-            -1);
-        for (int done = 0; done < Lines; done += inLinesPerTurn) {
-            engine.runScript(program, false, false);
-            QCoreApplication::processEvents();
-        }
-        if (pane.document()->blockCount() != Lines)
+        ioState.PauseTiming();
+        evaluate(QString());
+        ioState.ResumeTiming();
+        evaluate(inSource);
+        if (pane->document()->blockCount() != Lines + 1)
             ioState.SkipWithError("lines are missing");
     }
+    console->close();
 }
 
+/// The plain text widget: the same lines, each appended, with events served as often.
 void append(benchmark::State& ioState, int inLinesPerTurn)
 {
     for (auto _ : ioState) {
-        QTextEdit pane;
-        preparePane(pane);
-        for (int done = 0; done < Lines; done += inLinesPerTurn) {
-            for (int i = 0; i < inLinesPerTurn; ++i)
-                pane.append(QStringLiteral("line %1").arg(i));
-            QCoreApplication::processEvents();
+        QPlainTextEdit pane;
+        pane.setReadOnly(true);
+        pane.setUndoRedoEnabled(false);
+        pane.resize(600, 150);
+        pane.show();
+        for (int i = 1; i <= Lines; ++i) {
+            pane.appendPlainText(QStringLiteral("line %1").arg(i));
+            if (i % inLinesPerTurn == 0)
+                QCoreApplication::processEvents();
         }
     }
 }
 
-/// A script's prints against a plain text widget, in one run and in a thousand with events between them.
 void addPrinting()
 {
-    constexpr int repetitions = 3;
-    const auto add = [](const std::string& name, void (*measure)(benchmark::State&, int), int perTurn) {
-        benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) { measure(state, perTurn); })
+    const auto add = [](const char* name, auto measure) {
+        benchmark::RegisterBenchmark(name, measure)
             ->Iterations(1)
-            ->Repetitions(repetitions)
+            ->Repetitions(LongRepetitions)
             ->UseRealTime();
     };
-    add("print 100 000 lines in one run", print, Lines);
-    add("print 100 000 lines in one run/yardstick", append, Lines);
-    add("print 100 000 lines, events served", print, LinesPerTurn);
-    add("print 100 000 lines, events served/yardstick", append, LinesPerTurn);
+    const auto source = [](int turns, const char* between) {
+        return QStringLiteral("for (var i = 0, n = 0; i < %1; ++i) {"
+                              "    for (var k = 0; k < %2; ++k) print('line', ++n);"
+                              "    %3"
+                              "}")
+            .arg(turns)
+            .arg(Lines / turns)
+            .arg(QLatin1String(between));
+    };
+    const QString atOnce = source(1, ""), byTurns = source(Lines / LinesPerTurn, "events.serve();");
+    add("console prints 100 000 lines", [=](benchmark::State& state) { printInConsole(state, atOnce); });
+    add("console prints 100 000 lines/yardstick", [](benchmark::State& state) { append(state, Lines); });
+    add("console prints 100 000 lines, events served",
+        [=](benchmark::State& state) { printInConsole(state, byTurns); });
+    add("console prints 100 000 lines, events served/yardstick",
+        [](benchmark::State& state) { append(state, LinesPerTurn); });
 }
 
 } // namespace
@@ -172,12 +183,14 @@ int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
     KyScriptingMenu::registerProperties();
-    const QTemporaryDir folder;
+    const QTemporaryDir folder, profile;
     if (QProcess::execute(QStringLiteral(KYSAMPLE),
                           {QStringLiteral("--instances"), QString::number(Instances), folder.path()}) != 0)
         return EXIT_FAILURE;
-    addStart();
+    addStart(profile.path());
     addOpening(folder.path());
     addPrinting();
     return runWithRatios(argc, argv);
 }
+
+#include "bench_workstation.moc"

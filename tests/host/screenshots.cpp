@@ -1,12 +1,17 @@
 // Drives the workstation on the display at hand and writes pictures of its windows: screenshots SAMPLE OUTDIR
+//
+// The script list_studies.js of the examples lies in the current folder.
 
 #include <common/KyHostPlatform.h>
 #include <kyworkstation/KyMainWindow.h>
 #include <kyworkstation/KyScriptingMenu.h>
 
+#include <ovbase/OvPropertyPool.h>
+
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QDockWidget>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -72,10 +77,23 @@ void useDarkColours()
     QApplication::setPalette(dark);
 }
 
+/// As after some work: a study chosen, a script run, the log on view.
+bool takeMain(KyMainWindow& inWindow, const QDir& inFolder)
+{
+    inWindow.runScript(QStringLiteral("list_studies.js"));
+    auto* list = inWindow.findChild<QTreeView*>("studyList");
+    list->setCurrentIndex(list->model()->index(1, 0));
+    settle();
+    const bool isOk = take(inWindow, inFolder.filePath("workstation-script.png"));
+    inWindow.findChild<QDockWidget*>("logDock")->raise();
+    settle();
+    return take(inWindow, inFolder.filePath("workstation.png")) && isOk;
+}
+
 bool takeAll(KyMainWindow& inWindow, const QDir& inFolder)
 {
     settle();
-    bool isOk = take(inWindow, inFolder.filePath("workstation.png"));
+    bool isOk = takeMain(inWindow, inFolder);
 
     inWindow.findChild<QAction*>("console.")->trigger();
     settle();
@@ -91,6 +109,8 @@ bool takeAll(KyMainWindow& inWindow, const QDir& inFolder)
     isOk = take(inWindow, inFolder.filePath("workstation-console.png")) && isOk;
     console->close();
 
+    // The script lies in a folder of this run only.
+    OvPropertyPool::instance()->variant("Workstation.RecentScripts")->setValueFromQString(QString());
     for (QAction* action : inWindow.findChildren<QAction*>()) {
         if (action->menuRole() == QAction::PreferencesRole)
             action->trigger();

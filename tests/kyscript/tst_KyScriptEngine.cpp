@@ -92,6 +92,7 @@ private slots:
     void printJoinsItsArguments_data();
     void printJoinsItsArguments();
     void printWithoutAWidgetDoesNothing();
+    void manyPrintedLinesStandThereAfterwards();
     void redirectingAgainReplacesBothFunctions();
     void engineTellsWhereItPrints();
     void printMethodJoinsUpToThreeValues();
@@ -451,6 +452,19 @@ void tst_KyScriptEngine::printWithoutAWidgetDoesNothing()
     engine.redirectPrintOutput(output.get());
     output.reset();
     QCOMPARE(engine.text("print('x'); vprint([1]); 'done'"), QStringLiteral("done"));
+}
+
+void tst_KyScriptEngine::manyPrintedLinesStandThereAfterwards()
+{
+    const QString source = QStringLiteral("for (var i = 0; i < 1234; ++i) print(i)");
+    Engine engine;
+    QTextEdit bare, run;
+    engine.redirectPrintOutput(&bare);
+    engine.evaluate(source);
+    QCOMPARE(bare.document()->blockCount(), 1234);
+    engine.redirectPrintOutput(&run);
+    engine.runScript(KyScriptProgram(source, QString(), 1));
+    QCOMPARE(run.toPlainText(), bare.toPlainText());
 }
 
 void tst_KyScriptEngine::redirectingAgainReplacesBothFunctions()

@@ -152,6 +152,14 @@ void KyScriptEngine::clearAfterRun()
     }
 }
 
+QJSValue KyScriptEngine::evaluate(const QString& inText, const QString& inFileName, int inLine,
+                                  QStringList* outExceptionStack)
+{
+    const QJSValue result = QJSEngine::evaluate(inText, inFileName, inLine, outExceptionStack);
+    flushPrints();
+    return result;
+}
+
 QJSValue KyScriptEngine::evaluate(const KyScriptProgram& inScript, bool)
 {
     addExternals();
@@ -191,9 +199,14 @@ QJSValue KyScriptEngine::evaluateGuarded(const QString& inText, const QString& i
         nested ? KyScriptNestedEvaluation(*this, inText, inFileName, inLine).evaluate(mTrampoline)
                : QJSEngine::evaluate(inText, inFileName, inLine);
     --mDepth;
+    flushPrints();
+    return result;
+}
+
+void KyScriptEngine::flushPrints()
+{
     if (mPrintHelper)
         mPrintHelper->flush();
-    return result;
 }
 
 QJSValue KyScriptEngine::callCounted(const QJSValue& inFunction, const QJSValueList& inArgs)
@@ -201,6 +214,7 @@ QJSValue KyScriptEngine::callCounted(const QJSValue& inFunction, const QJSValueL
     ++mDepth;
     const QJSValue result = inFunction.call(inArgs);
     --mDepth;
+    flushPrints();
     return result;
 }
 

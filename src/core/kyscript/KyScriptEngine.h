@@ -43,7 +43,10 @@ public:
     /// The engine of a host object, or null when no engine knows the object yet, or when it is another kind.
     static KyScriptEngine* of(const QObject* inObject);
 
-    using QJSEngine::evaluate;
+    /// As QJSEngine::evaluate(): neither isolated nor logged. All that it prints stands in the text widget
+    /// when it returns.
+    QJSValue evaluate(const QString& inText, const QString& inFileName = QString(), int inLine = 1,
+                      QStringList* outExceptionStack = nullptr);
 
     /// Runs \a inScript with the store `Global` around it and reports an uncaught error to the log.
     ///
@@ -118,6 +121,7 @@ private:
     void clearAfterRun();
     /// Calls \a inFunction. What it calls back is nested in it, as in a run.
     QJSValue callCounted(const QJSValue& inFunction, const QJSValueList& inArgs);
+    void flushPrints();
     QJSValue evaluateGuarded(const QString& inText, const QString& inFileName, int inLine);
 
     KyScriptOrvane* mOrvane = nullptr;

@@ -6,6 +6,7 @@
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QTextEdit>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -20,7 +21,10 @@ constexpr qint64 WriteInterval = 30; ///< In milliseconds.
 KyScriptPrintBuffer::KyScriptPrintBuffer(QTextEdit& inWidget)
     : QObject(&inWidget)
     , mWidget(inWidget)
-{}
+{
+    mFlushTimer.setSingleShot(true);
+    connect(&mFlushTimer, &QTimer::timeout, this, &KyScriptPrintBuffer::flush);
+}
 
 KyScriptPrintBuffer& KyScriptPrintBuffer::of(QTextEdit& inWidget)
 {
@@ -32,13 +36,13 @@ void KyScriptPrintBuffer::append(const QString& inLine)
 {
     mLines.append(inLine);
     mCharacters += inLine.size();
-    scheduleFlush();
-
     const bool isDue = !mSinceDue.isValid() || mSinceDue.elapsed() >= WriteInterval;
     if (isDue)
         mBurst = 0;
     if (++mBurst <= DirectLines || mLines.size() >= GatheredLines || mCharacters >= GatheredCharacters)
         flush();
+    else
+        scheduleFlush();
     if (!isDue)
         return;
     mWidget.viewport()->repaint();
@@ -48,17 +52,13 @@ void KyScriptPrintBuffer::append(const QString& inLine)
 
 void KyScriptPrintBuffer::scheduleFlush()
 {
-    if (std::exchange(mIsScheduled, true))
-        return;
-    const auto flushOnce = [this] {
-        mIsScheduled = false;
-        flush();
-    };
-    QMetaObject::invokeMethod(this, flushOnce, Qt::QueuedConnection);
+    if (!mFlushTimer.isActive())
+        mFlushTimer.start(int(std::max<qint64>(WriteInterval - mSinceDue.elapsed(), 0)));
 }
 
 void KyScriptPrintBuffer::flush()
 {
+    mFlushTimer.stop();
     if (mLines.isEmpty())
         return;
     mCharacters = 0;

@@ -3,6 +3,7 @@
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
+#include <QtCore/QTimer>
 
 class QTextEdit;
 
@@ -10,9 +11,9 @@ class QTextEdit;
 ///
 /// What stands in the widget in the end is what QTextEdit::append() of each line would have made. The first
 /// lines of every few milliseconds go there at once; when more of them come than a window can show, they are
-/// gathered and put in together: when the time is over, with flush(), and when control is back in an event
-/// loop. The widget repaints itself meanwhile, but no events are served, so that no other script can run
-/// within a print.
+/// gathered and put in together: when the time is over, be it in the midst of a script or in an event loop,
+/// and with flush(). The widget repaints itself meanwhile, but no events are served, so that no other script
+/// can run within a print.
 ///
 /// One for each text widget, whose child it is and with which it goes. GUI thread only.
 class KyScriptPrintBuffer : public QObject
@@ -51,8 +52,8 @@ private:
     QStringList mLines;
     qsizetype mCharacters = 0; ///< of mLines
     int mBurst = 0;            ///< Lines of the present interval.
-    bool mIsScheduled = false;
-    QElapsedTimer mSinceDue; ///< Since the present interval began.
+    QElapsedTimer mSinceDue;   ///< Since the present interval began.
+    QTimer mFlushTimer;        ///< Runs while lines are gathered.
     int mMaxLines = 0;
     int mMaxCharacters = 0;
 };

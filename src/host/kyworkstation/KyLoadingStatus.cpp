@@ -10,6 +10,7 @@
 namespace {
 
 constexpr int ProgressWidth = 220;
+constexpr int ResultIndent = 4;
 
 } // namespace
 
@@ -36,6 +37,7 @@ void KyLoadingStatus::makeWidgets(KyStudyLoader& inLoader, QStatusBar& ioBar)
     mResult->setObjectName(QStringLiteral("loadResult"));
     mResult->setTextFormat(Qt::PlainText);
     mResult->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    mResult->setIndent(ResultIndent);
     mTotals->setObjectName(QStringLiteral("summary"));
     mProgress->setObjectName(QStringLiteral("progress"));
     mProgress->setAccessibleName(tr("Progress of loading"));

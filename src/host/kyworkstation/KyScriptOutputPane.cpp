@@ -7,6 +7,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QStringDecoder>
 #include <QtGui/QAbstractTextDocumentLayout>
+#include <QtGui/QFontDatabase>
 #include <QtGui/QTextBlock>
 #include <QtGui/QTextDocument>
 #include <QtWidgets/QHBoxLayout>
@@ -73,6 +74,11 @@ KyScriptOutputPane::KyScriptOutputPane(QWidget* inParent)
     mText->setReadOnly(true);
     mText->setUndoRedoEnabled(false);
     mText->setAccessibleName(tr("Script output"));
+    QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    // A font that is given in pixels has no points.
+    if (font().pointSize() > 0)
+        fixed.setPointSize(font().pointSize());
+    mText->setFont(fixed);
     connect(mText->document(), &QTextDocument::contentsChanged, this, &KyScriptOutputPane::trim);
     auto* clear = new QPushButton(tr("Cle&ar"), this);
     clear->setObjectName(QStringLiteral("clearScriptOutput"));
