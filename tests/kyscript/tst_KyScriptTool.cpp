@@ -131,6 +131,8 @@ private slots:
     void scriptTriggersATool();
     void actionTriggersTheScripts();
 
+    void whatScriptsKeepOutlivesThePlatform();
+
     // bad input
     void unreadableFileIsToldOf_data();
     void unreadableFileIsToldOf();
@@ -761,6 +763,34 @@ void tst_KyScriptTool::actionTriggersTheScripts()
     QVERIFY(c->isEnabled());
     c->trigger();
     QCOMPARE(noted(), QStringLiteral("c"));
+}
+
+/// Named engines do, and with them the actions that they own, with a key at that, up to the end of the
+/// process.
+void tst_KyScriptTool::whatScriptsKeepOutlivesThePlatform()
+{
+    load("<x ScriptEngine='tools'><Tool Id='a' Enabled='whensupported'><OnSet>Global.noted = 'ran'</OnSet>"
+         "</Tool></x>");
+    KyScriptInterface& engine = KyScriptInterface::getInstance("tools");
+    RnHandle<KyBaseViewer> viewer(new ImageViewer);
+    mPlatform->viewers.setActiveViewer(viewer.get());
+    engine.evaluate(
+        "keptTool = Orvane.tool('a'); keptTool.shortcut = 'Ctrl+K'; keptTrigger = keptTool.trigger;"
+        "keptViewer = Orvane.activeViewer(); keptTool.trigger()");
+    QCOMPARE(noted(), QStringLiteral("ran"));
+    engine.evaluate("Global.noted = 'before'");
+    KyScriptTool::clearTools();
+    viewer.reset();
+    mPlatform.reset();
+    QCOMPARE(
+        engine
+            .evaluate("keptTool.trigger(); keptTrigger(); keptTool.toggle(); keptTool.setEnabled(true);"
+                      "keptTool.trigger(); Orvane.setToolText('a', 'b', 'c'); Orvane.setToolIcon('a', 'b');"
+                      "[keptTool.enabled, keptViewer.type(), Orvane.tool('a'), Orvane.activeViewer(),"
+                      " Orvane.isOutOfSync(), Orvane.eval('', '')].join()")
+            .toString(),
+        QStringLiteral("true,,,,false,"));
+    QCOMPARE(noted(), QStringLiteral("before"));
 }
 
 void tst_KyScriptTool::unreadableFileIsToldOf_data()
