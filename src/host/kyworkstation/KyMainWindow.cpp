@@ -117,12 +117,13 @@ void KyMainWindow::makePanels()
 
 QDockWidget& KyMainWindow::addPanel(const Panel& inPanel, QWidget* inContent)
 {
-    const auto present = findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    auto present = findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    present.removeIf([&](QDockWidget* other) { return dockWidgetArea(other) != inPanel.area; });
     auto* dock = new QDockWidget(withoutMnemonic(inPanel.title), this);
     dock->setObjectName(inPanel.name);
     dock->setWidget(inContent);
     if (!restoreDockWidget(dock)) {
-        addDockWidget(Qt::BottomDockWidgetArea, dock);
+        addDockWidget(inPanel.area, dock);
         if (!present.isEmpty())
             tabifyDockWidget(present.last(), dock);
         dock->setVisible(inPanel.isOpenAtFirst);

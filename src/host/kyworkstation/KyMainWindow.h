@@ -34,11 +34,14 @@ public:
         QString name;
         QString title; ///< With the mnemonic of its menu entry.
         QKeySequence keys;
-        bool isOpenAtFirst = true; ///< Unless the user's own state of it is known.
+        /// Until the user's own state of it is known.
+        bool isOpenAtFirst = true;
+        Qt::DockWidgetArea area = Qt::BottomDockWidgetArea;
     };
 
-    /// Adds a panel below the central area, as a tab of those that are there, or where the user has put the
-    /// one of this name; the View menu gets an entry that shows and hides it. The window owns \a inContent.
+    /// Adds a panel in its area, by default below the central one, as a tab of those that are there, or where
+    /// the user has put the one of this name; the View menu gets an entry that shows and hides it. The window
+    /// owns \a inContent.
     QDockWidget& addPanel(const Panel& inPanel, QWidget* inContent);
 
     /// Adds the tool bar, which the window owns, above or where the user has put the one of its object name;

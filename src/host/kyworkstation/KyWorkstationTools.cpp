@@ -31,9 +31,10 @@ KyWorkstationTools::~KyWorkstationTools()
 /// The panel is closed at first: not every user writes reports here.
 void KyWorkstationTools::addReport(KyReportEditor& inReport)
 {
-    const QPointer<QDockWidget> dock = &mWindow.addPanel(
-        {QStringLiteral("reportDock"), tr("&Report"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R), false},
-        new KyReportPanel(inReport, &mWindow));
+    const QPointer<QDockWidget> dock =
+        &mWindow.addPanel({QStringLiteral("reportDock"), tr("&Report"),
+                           QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R), false, Qt::RightDockWidgetArea},
+                          new KyReportPanel(inReport, &mWindow));
     const auto show = [dock](bool inOn) {
         if (dock)
             dock->setVisible(inOn);
