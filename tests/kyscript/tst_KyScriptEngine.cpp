@@ -100,6 +100,7 @@ private slots:
     void convertVariantMakesLocalMidnightOfADate();
     void convertVariantMakesAPrintingObjectOfATime_data();
     void convertVariantMakesAPrintingObjectOfATime();
+    void convertedTimePrintsWhereScriptsFreezePrototypes();
     void convertVariantLeavesOtherValues_data();
     void convertVariantLeavesOtherValues();
     void convertedTimeIsUnderstoodByGuiTime();
@@ -540,6 +541,18 @@ void tst_KyScriptEngine::convertVariantMakesAPrintingObjectOfATime()
     QCOMPARE(engine.text("String(t)"), text);
     QCOMPARE(engine.text("t + ''"), text);
     QCOMPARE(engine.text("Object.keys(t).join()"), QStringLiteral("toString"));
+}
+
+void tst_KyScriptEngine::convertedTimePrintsWhereScriptsFreezePrototypes()
+{
+    Engine engine;
+    engine.text("Object.freeze(Object.prototype)");
+    QVariant value = QTime(14, 5, 9, 120);
+    engine.convertVariant(value);
+    engine.globalObject().setProperty(QStringLiteral("t"), engine.toScriptValue(value));
+    QCOMPARE(engine.text("String(t)"), QStringLiteral("14:05:09.120"));
+    QCOMPARE(engine.text("Object.keys(t) + (Object.getPrototypeOf(t) === Object.prototype)"),
+             QStringLiteral("toStringtrue"));
 }
 
 void tst_KyScriptEngine::convertVariantLeavesOtherValues_data()

@@ -291,9 +291,12 @@ void KyScriptEngine::convertVariant(QVariant& ioValue)
 
     const QString text = ioValue.toTime().toString(Qt::ISODateWithMs);
     QJSValue object = newObject();
+    const QJSValue prototype = object.prototype();
+    object.setPrototype(QJSValue(QJSValue::NullValue)); // a frozen one would not let its toString be replaced
     object.setProperty(
         QStringLiteral("toString"),
         QJSEngine::evaluate(QStringLiteral("(function(){ return \"%1\"; })").arg(text), QString(), 1));
+    object.setPrototype(prototype);
     ioValue = QVariant::fromValue(object);
 }
 
