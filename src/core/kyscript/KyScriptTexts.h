@@ -16,9 +16,10 @@ class KyScriptTexts
 public:
     KyScriptTexts() = delete;
 
-    /// The elements of an array as texts, those that are null, undefined or missing as empty ones. A text is
-    /// a list of itself alone, and an object that is no array an empty list. No value for everything else,
-    /// for objects of the host, and for arrays of more than 1048576 elements.
+    /// The elements of an array as texts: those that are null, undefined or missing as empty ones, objects as
+    /// their toString() has it, or what that throws. A text is a list of itself alone, and an object that is
+    /// no array an empty list. No value for everything else, for objects of the host, and for arrays of more
+    /// than 1048576 elements.
     static std::optional<QStringList> of(const QJSValue& inValue);
 
     /// Likewise. What has no value becomes a TypeError of the script that has called \a inCaller, an object
