@@ -2,14 +2,36 @@
 
 #include "KySessionContext.h"
 
+#include <algorithm>
+#include <iterator>
+#include <vector>
+
 namespace {
 
 KyNotifiables* sInstance = nullptr;
+std::uint64_t sLists = 0;
+
+/// All receivers, in the order in which they were made. Never destroyed, so that those which outlive the
+/// static objects can still leave it.
+std::vector<KyNotifiable*>& receivers()
+{
+    static auto* const all = new std::vector<KyNotifiable*>;
+    return *all;
+}
 
 } // namespace
 
-KyNotifiable::KyNotifiable() = default;
-KyNotifiable::~KyNotifiable() = default;
+KyNotifiable::KyNotifiable()
+{
+    receivers().push_back(this);
+}
+
+KyNotifiable::~KyNotifiable()
+{
+    std::erase(receivers(), this);
+}
+
+void KyNotifiable::addNotifications() {}
 
 void KyNotifiable::notify(const KyNotification& inNotification)
 {
@@ -35,6 +57,7 @@ bool KyNotifiableContextSensitive::hears(OvSessionContextID inSession) const
 }
 
 KyNotifiables::KyNotifiables()
+    : mSerial(++sLists)
 {
     sInstance = this;
 }
@@ -54,6 +77,7 @@ void KyNotifiables::addNotification(KyNotifiable* inReceiver, const KyNotificati
 {
     if (!inReceiver)
         return;
+    inReceiver->mToldList = mSerial;
     mReceivers.add(&inReceiver->mLife, [inReceiver, inWanted](const KyNotification& sent) {
         if (inWanted.covers(sent) && inReceiver->hears(sent.session))
             inReceiver->notified(sent);
@@ -66,7 +90,22 @@ void KyNotifiables::removeNotifications(const KyNotifiable* inReceiver)
         mReceivers.remove(&inReceiver->mLife);
 }
 
+/// A receiver can't be asked by its base's constructor, in which it is not yet what it will be.
+void KyNotifiables::askReceivers()
+{
+    std::vector<KyNotifiable*> asked;
+    const auto isNew = [this](const KyNotifiable* receiver) { return receiver->mToldList != mSerial; };
+    std::copy_if(receivers().begin(), receivers().end(), std::back_inserter(asked), isNew);
+    for (KyNotifiable* const receiver : asked) {
+        const auto& all = receivers();
+        // It may have ended by the answer of one before.
+        if (std::find(all.begin(), all.end(), receiver) != all.end() && isNew(receiver))
+            receiver->addNotifications();
+    }
+}
+
 void KyNotifiables::tell(const KyNotification& inNotification)
 {
+    askReceivers();
     mReceivers.tell(inNotification);
 }

@@ -6,12 +6,13 @@
 
 #include <QObject>
 
+#include <cstdint>
 #include <memory>
 
 class KySessionContext;
 
-/// Base of whoever wants to hear of notifications. It tells KyNotifiables which ones; its end takes all of
-/// that back. GUI thread.
+/// Base of whoever wants to hear of notifications. It tells KyNotifiables which ones, by itself or when it is
+/// asked; its end takes all of that back. GUI thread.
 class KyNotifiable
 {
 public:
@@ -29,11 +30,18 @@ public:
     virtual void notified(const KyNotification& inNotification);
 
 protected:
+    /// The question of a KyNotifiables what the receiver wants to hear of, as
+    /// KyNotifiables::addNotification() takes it. Asked before each notification until the receiver has named
+    /// something.
+    virtual void addNotifications();
+
     /// Whether the receiver wants anything of this session; every one, here.
     virtual bool hears(OvSessionContextID inSession) const;
 
 private:
     friend class KyNotifiables;
+
+    std::uint64_t mToldList = 0; ///< The serial of the list that it has told something.
 
     const QObject mLife; ///< Shows the list of receivers when this one has ended.
 };
@@ -77,5 +85,8 @@ public:
     void tell(const KyNotification& inNotification);
 
 private:
+    void askReceivers();
+
+    const std::uint64_t mSerial; ///< Its own for each list of the process.
     OvObservers<const KyNotification&> mReceivers;
 };

@@ -9,6 +9,10 @@ class OvVariant;
 /// Word of something that has happened. See KyNotifiable for how it is sent and heard.
 struct KyNotification
 {
+    /// The studies of the session are closed: what belongs to the work on them ends.
+    static constexpr int SessionClosed = 1;
+    /// The studies on the screen are those of another patient now: likewise.
+    static constexpr int PatientChanged = 112;
     /// The properties' code: the effective value of `property` has changed.
     static constexpr int PropertyChanged = 102;
 

@@ -37,6 +37,31 @@ public:
     QList<int> heard;
 };
 
+/// Names its wishes when it is asked.
+class AskedReceiver final : public KyNotifiable
+{
+public:
+    explicit AskedReceiver(QList<int> inCodes)
+        : mCodes(std::move(inCodes))
+    {}
+    void addNotifications() override
+    {
+        ++questions;
+        if (action)
+            action();
+        for (const int code : mCodes)
+            KyNotifiables::getInstance()->addNotification(this, KyNotification(code));
+    }
+    void notified(const KyNotification& inNotification) override { heard.append(inNotification.code); }
+
+    int questions = 0;
+    QList<int> heard;
+    std::function<void()> action;
+
+private:
+    const QList<int> mCodes;
+};
+
 KyNotification coded(int inCode)
 {
     return KyNotification(inCode);
@@ -59,7 +84,7 @@ private slots:
 
     void withoutAListNobodyHears();
     void theNewestListIsAsked();
-    void propertiesHaveTheirCode();
+    void eventsHaveTheirCodes();
     void onlyWantedCodesAreHeard();
     void aWishCoversWhatItsFieldsSay_data();
     void aWishCoversWhatItsFieldsSay();
@@ -76,6 +101,13 @@ private slots:
     void whatAReceiverThrowsIsLogged();
     void aReceiverThatDoesNothingIsHarmless();
     void nullIsNoReceiver();
+    void aReceiverIsAskedBeforeItsFirstNotification();
+    void aReceiverThatNamesNothingIsAskedAgain();
+    void aReceiverIsAskedByEachList();
+    void aReceiverThatHasNamedSomethingIsNotAsked();
+    void aReceiverMayEndAnotherOneWhenItIsAsked();
+    void aReceiverMayMakeAnotherOneWhenItIsAsked();
+    void aReceiverIsNotAskedAgainAfterItsWishesWereTakenBack();
 
 private:
     std::unique_ptr<KyNotifiables> mAll;
@@ -105,8 +137,10 @@ void tst_KyNotifiable::theNewestListIsAsked()
     QCOMPARE(newer.heard, QList<int>{1});
 }
 
-void tst_KyNotifiable::propertiesHaveTheirCode()
+void tst_KyNotifiable::eventsHaveTheirCodes()
 {
+    QCOMPARE(KyNotification::SessionClosed, 1);
+    QCOMPARE(KyNotification::PatientChanged, 112);
     QCOMPARE(KyNotification::PropertyChanged, 102);
     const KyNotification plain;
     QCOMPARE(plain.code, 0);
@@ -307,6 +341,77 @@ void tst_KyNotifiable::nullIsNoReceiver()
     mAll->addNotification(nullptr, coded(1));
     mAll->removeNotifications(nullptr);
     KyNotifiable::notify(coded(1));
+}
+
+void tst_KyNotifiable::aReceiverIsAskedBeforeItsFirstNotification()
+{
+    AskedReceiver receiver({1, 112});
+    QCOMPARE(receiver.questions, 0);
+    for (const int code : {102, 112, 1})
+        KyNotifiable::notify(coded(code));
+    QCOMPARE(receiver.heard, (QList<int>{112, 1}));
+    QCOMPARE(receiver.questions, 1);
+}
+
+void tst_KyNotifiable::aReceiverThatNamesNothingIsAskedAgain()
+{
+    AskedReceiver receiver({});
+    KyNotifiable::notify(coded(1));
+    KyNotifiable::notify(coded(1));
+    QCOMPARE(receiver.questions, 2);
+    QCOMPARE(receiver.heard, QList<int>());
+}
+
+void tst_KyNotifiable::aReceiverIsAskedByEachList()
+{
+    AskedReceiver receiver({1});
+    KyNotifiable::notify(coded(1));
+    mAll.reset();
+    KyNotifiable::notify(coded(1));
+    mAll = std::make_unique<KyNotifiables>();
+    KyNotifiable::notify(coded(1));
+    QCOMPARE(receiver.heard, (QList<int>{1, 1}));
+    QCOMPARE(receiver.questions, 2);
+}
+
+void tst_KyNotifiable::aReceiverThatHasNamedSomethingIsNotAsked()
+{
+    AskedReceiver receiver({1});
+    mAll->addNotification(&receiver, coded(2));
+    KyNotifiable::notify(coded(2));
+    QCOMPARE(receiver.heard, QList<int>{2});
+    QCOMPARE(receiver.questions, 0);
+}
+
+void tst_KyNotifiable::aReceiverMayEndAnotherOneWhenItIsAsked()
+{
+    AskedReceiver first({1});
+    auto second = std::make_unique<AskedReceiver>(QList<int>{1});
+    first.action = [&] { second.reset(); };
+    KyNotifiable::notify(coded(1));
+    QVERIFY(!second);
+    QCOMPARE(first.heard, QList<int>{1});
+}
+
+void tst_KyNotifiable::aReceiverMayMakeAnotherOneWhenItIsAsked()
+{
+    AskedReceiver first({1});
+    std::unique_ptr<AskedReceiver> second;
+    first.action = [&] { second = std::make_unique<AskedReceiver>(QList<int>{1}); };
+    KyNotifiable::notify(coded(1));
+    QCOMPARE(second->heard, QList<int>());
+    KyNotifiable::notify(coded(1));
+    QCOMPARE(second->heard, QList<int>{1});
+}
+
+void tst_KyNotifiable::aReceiverIsNotAskedAgainAfterItsWishesWereTakenBack()
+{
+    AskedReceiver receiver({1});
+    KyNotifiable::notify(coded(1));
+    mAll->removeNotifications(&receiver);
+    KyNotifiable::notify(coded(1));
+    QCOMPARE(receiver.heard, QList<int>{1});
+    QCOMPARE(receiver.questions, 1);
 }
 
 Q_DECLARE_METATYPE(KyNotification)
