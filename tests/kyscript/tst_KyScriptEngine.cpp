@@ -186,9 +186,10 @@ void tst_KyScriptEngine::fullMaskInstallsEveryName()
     Engine engine(-1);
     QCOMPARE(
         globalNames(engine),
-        QStringList({"FileDialog", "FileWriter", "Global", "HttpRequest", "IdGenerator", "Message", "Orvane",
-                     "StudyList", "System", "Timer", "Url", "WebSocket", "WebSocketServer",
-                     "WebSocketServerSSL", "XmlFileWriter", "btoa", "collectGarbage", "guiDate", "guiTime"}));
+        QStringList({"Dialog",        "FileDialog", "FileWriter",     "Global",          "HttpRequest",
+                     "IdGenerator",   "Message",    "Orvane",         "StudyList",       "System",
+                     "Timer",         "Url",        "WebSocket",      "WebSocketServer", "WebSocketServerSSL",
+                     "XmlFileWriter", "btoa",       "collectGarbage", "guiDate",         "guiTime"}));
 }
 
 void tst_KyScriptEngine::eachOptionInstallsItsName_data()
@@ -210,6 +211,7 @@ void tst_KyScriptEngine::eachOptionInstallsItsName_data()
     QTest::newRow("FileDialog") << 0x4000 << "FileDialog";
     QTest::newRow("Timer") << 0x8000 << "Timer";
     QTest::newRow("IdGenerator") << 0x200000 << "IdGenerator";
+    QTest::newRow("Dialog") << 0x400000 << "Dialog";
 }
 
 void tst_KyScriptEngine::eachOptionInstallsItsName()

@@ -1,6 +1,7 @@
 #include "KyScriptEngine.h"
 
 #include "KyScriptConstructible.h"
+#include "KyScriptDialog.h"
 #include "KyScriptExternalMetaObject.h"
 #include "KyScriptExternalObject.h"
 #include "KyScriptFileDialog.h"
@@ -48,7 +49,8 @@ KyScriptEngine::KyScriptEngine(QObject* inParent, int inOptions)
 
 KyScriptEngine::~KyScriptEngine()
 {
-    cleanup();
+    collectGarbage();
+    endRegistered(false);
 }
 
 KyScriptEngine* KyScriptEngine::of(const QObject* inObject)
@@ -94,6 +96,8 @@ void KyScriptEngine::installGlobals()
         addGlobalObjectFromMetaObject<KyScriptFileDialog>(*this, QStringLiteral("FileDialog"));
     if (mOptions & ScriptHttpRequest)
         addGlobalObjectFromMetaObject<KyScriptHttpRequest>(*this, QStringLiteral("HttpRequest"));
+    if (mOptions & ScriptDialog)
+        addGlobalObjectFromMetaObject<KyScriptDialog>(*this, QStringLiteral("Dialog"));
     if (mOptions & ScriptIdGenerator)
         addGlobalObjectFromMetaObject<KyScriptIdGenerator>(*this, QStringLiteral("IdGenerator"));
     if (mOptions & ScriptWebSocket)
@@ -320,9 +324,20 @@ void KyScriptEngine::setExtAcc(const QStringList& inExtAcc)
 void KyScriptEngine::cleanup()
 {
     collectGarbage();
+    endRegistered(isOnStack());
+}
+
+/// What a script that waits in an event loop is using has to stay until it returns.
+void KyScriptEngine::endRegistered(bool inLater)
+{
     // By index: what is deleted may register further objects.
-    for (qsizetype i = 0; i < mObjectsToDestroy.size(); ++i)
-        delete mObjectsToDestroy.at(i).data();
+    for (qsizetype i = 0; i < mObjectsToDestroy.size(); ++i) {
+        QObject* const object = mObjectsToDestroy.at(i);
+        if (object && inLater)
+            object->deleteLater();
+        else
+            delete object;
+    }
     mObjectsToDestroy.clear();
 }
 

@@ -102,7 +102,8 @@ Q_SIGNALS:
     void extAccChanged();
 
 protected:
-    /// Collects garbage and deletes what is registered for destruction. The engine stays usable.
+    /// Collects garbage and deletes what is registered for destruction; while a script is waiting in an event
+    /// loop, as soon as that can be done. The engine stays usable.
     void cleanup();
 
 private:
@@ -119,6 +120,7 @@ private:
 
     void addExternals();
     void clearAfterRun();
+    void endRegistered(bool inLater);
     /// Calls \a inFunction. What it calls back is nested in it, as in a run.
     QJSValue callCounted(const QJSValue& inFunction, const QJSValueList& inArgs);
     void flushPrints();
