@@ -70,6 +70,7 @@ private slots:
     void execWithoutAnEngineIsSilent();
     void statusGoesThroughItsStates();
     void shortStatusHasNoText();
+    void lastStatusAloneShowsNothing();
     void statusIconStandsInFront();
     void statusMayChangeWhileBusy();
     void statusWorksBeforeTheFirstShow();
@@ -672,6 +673,15 @@ void tst_KyScriptDialog::shortStatusHasNoText()
     QCOMPARE(s->indicator()->findChild<QLabel*>("statusBack")->text(), QString());
     s->run("d.setStatus(false, '')");
     QVERIFY(!s->indicator()->isVisible());
+}
+
+/// A final status stays on view, but does not come into view by itself.
+void tst_KyScriptDialog::lastStatusAloneShowsNothing()
+{
+    s->makeAndShow();
+    s->run("d.setStatus(false, 'Done')");
+    QVERIFY(!s->indicator()->isVisible());
+    QCOMPARE(s->indicator()->findChild<QLabel*>("statusFront")->text(), QStringLiteral("Done"));
 }
 
 void tst_KyScriptDialog::statusIconStandsInFront()
