@@ -65,6 +65,7 @@ Entries studiesBelow(const QStringList& inFolders, const Ovg::StudySource::Progr
 KyHostPlatform::KyHostPlatform(const KyHostOptions& inOptions)
     : mOptions(inOptions)
     , mRegistry(settingsStore(inOptions))
+    , mSessionLog(inOptions.profile.isEmpty() ? QString() : inProfile(inOptions, "session.log"))
     , mWorklist(worklistStore(inOptions))
     , mReportLocks(reportLockStore(inOptions))
 {

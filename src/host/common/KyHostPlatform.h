@@ -2,6 +2,7 @@
 
 #include "KyHostOptions.h"
 #include "KyReportEditor.h"
+#include "KySessionLog.h"
 
 #include <kybase/KyApplication.h>
 #include <kybase/KyMonitorManager.h>
@@ -26,7 +27,8 @@ class KyHostPlatform
 {
 public:
     /// Settings, the worklist and the locks of reports are files of the profile folder, or in memory without
-    /// one: "settings", "worklist.json" and "report-locks.json".
+    /// one: "settings", "worklist.json" and "report-locks.json". The session log is the file "session.log" of
+    /// that folder, and lost without one.
     explicit KyHostPlatform(const KyHostOptions& inOptions);
     ~KyHostPlatform();
     KyHostPlatform(const KyHostPlatform&) = delete;
@@ -55,6 +57,7 @@ public:
 private:
     const KyHostOptions mOptions;
     OvRegistry mRegistry;
+    KySessionLog mSessionLog;
     KyNotifiables mNotifiables;
     KyClientFacts mFacts;
     OvPropertyPool mPool;

@@ -49,16 +49,17 @@ private:
     bool mIsPosted = false;
 };
 
-KyLogModel::KyLogModel(QObject* inParent)
+KyLogModel::KyLogModel(RnLogFile& inLog, QObject* inParent)
     : QAbstractTableModel(inParent)
+    , mLog(inLog)
     , mSink(std::make_shared<Sink>(this))
 {
-    getTheLogInstance().addSink(mSink);
+    mLog.addSink(mSink);
 }
 
 KyLogModel::~KyLogModel()
 {
-    getTheLogInstance().removeSink(mSink.get());
+    mLog.removeSink(mSink.get());
 }
 
 KyLogModel::Line KyLogModel::lineOf(const RnLogRecord& inRecord)

@@ -8,7 +8,7 @@
 #include <deque>
 #include <memory>
 
-/// The newest lines of the process's log, from its own start on. Made by the log pane.
+/// The newest lines of a log, from its own start on. Made by the log pane.
 ///
 /// Lines of any thread reach it with the next turn of the GUI thread's event loop.
 class KyLogModel : public QAbstractTableModel
@@ -33,7 +33,8 @@ public:
     /// How many lines it keeps.
     static constexpr int MaxLines = 10'000;
 
-    explicit KyLogModel(QObject* inParent);
+    /// The log must outlive the model.
+    KyLogModel(RnLogFile& inLog, QObject* inParent);
     ~KyLogModel() override;
 
     void clear();
@@ -61,6 +62,7 @@ private:
     void takeLines();
     QVariant display(const Line& inLine, int inColumn) const;
 
+    RnLogFile& mLog;
     std::deque<Line> mLines;
     std::shared_ptr<Sink> mSink;
 };

@@ -43,9 +43,9 @@ bool KyLogFilter::filterAcceptsRow(int inRow, const QModelIndex& inParent) const
            holdsText(KyLogModel::Context, Qt::DisplayRole);
 }
 
-KyLogPane::KyLogPane(QWidget* inParent)
+KyLogPane::KyLogPane(RnLogFile& inLog, const QString& inName, QWidget* inParent)
     : QWidget(inParent)
-    , mModel(new KyLogModel(this))
+    , mModel(new KyLogModel(inLog, this))
     , mFilter(new KyLogFilter(this))
     , mView(new QTreeView(this))
     , mLevels(new QComboBox(this))
@@ -53,7 +53,7 @@ KyLogPane::KyLogPane(QWidget* inParent)
 {
     mFilter->setSourceModel(mModel);
     mView->setModel(mFilter);
-    layOut();
+    layOut(inName);
     connect(mLevels, &QComboBox::currentIndexChanged, mFilter, &KyLogFilter::setLeastLevel);
     connect(mSearch, &QLineEdit::textChanged, mFilter, &KyLogFilter::setText);
 
@@ -62,22 +62,22 @@ KyLogPane::KyLogPane(QWidget* inParent)
     connect(mView->verticalScrollBar(), &QScrollBar::rangeChanged, this, &KyLogPane::follow);
 }
 
-void KyLogPane::layOut()
+void KyLogPane::layOut(const QString& inName)
 {
     for (int level = 0; level <= 3; ++level)
         mLevels->addItem(level == 0   ? tr("All levels")
                          : level == 3 ? tr("Errors")
                                       : tr("%1 and above").arg(KyLogModel::levelName(level)));
-    mLevels->setObjectName(QStringLiteral("logLevels"));
+    mLevels->setObjectName(inName + QStringLiteral("Levels"));
     mLevels->setAccessibleName(tr("Least level on view"));
-    mSearch->setObjectName(QStringLiteral("logSearch"));
+    mSearch->setObjectName(inName + QStringLiteral("Search"));
     mSearch->setPlaceholderText(tr("Search the log"));
     mSearch->setAccessibleName(tr("Search the log"));
     mSearch->setClearButtonEnabled(true);
     auto* clear = new QPushButton(tr("C&lear"), this);
     connect(clear, &QPushButton::clicked, mModel, &KyLogModel::clear);
 
-    mView->setObjectName(QStringLiteral("logView"));
+    mView->setObjectName(inName + QStringLiteral("View"));
     mView->setAccessibleName(tr("Log"));
     mView->setRootIsDecorated(false);
     mView->setUniformRowHeights(true);

@@ -4,6 +4,7 @@
 #include <QtWidgets/QWidget>
 
 class KyLogModel;
+class RnLogFile;
 class QComboBox;
 class QLineEdit;
 class QTreeView;
@@ -27,7 +28,8 @@ private:
     QString mText;
 };
 
-/// The log of the process with a choice of levels and a search. Made by the main window.
+/// A log with a choice of levels and a search. Made by the main window, for the log of the process, and by
+/// the pane of the session log.
 ///
 /// It follows the newest line as long as that is on view.
 class KyLogPane : public QWidget
@@ -35,10 +37,11 @@ class KyLogPane : public QWidget
     Q_OBJECT
 
 public:
-    explicit KyLogPane(QWidget* inParent);
+    /// \a inLog must outlive the pane. The names of the widgets begin with \a inName.
+    KyLogPane(RnLogFile& inLog, const QString& inName, QWidget* inParent);
 
 private:
-    void layOut();
+    void layOut(const QString& inName);
     void follow();
     void copySelection() const;
 

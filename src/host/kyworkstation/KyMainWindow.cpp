@@ -6,6 +6,7 @@
 #include "KyLogPane.h"
 #include "KyScriptOutputPane.h"
 #include "KyScriptingMenu.h"
+#include "KySessionLogPane.h"
 #include "KySettingsDialog.h"
 #include "KyStoredState.h"
 #include "KyStudyFolders.h"
@@ -15,7 +16,9 @@
 
 #include <kybase/KyGUISizeManager.h>
 #include <kybase/KyMonitorManager.h>
+#include <rnlib/RnLogFile.h>
 
+#include <QtCore/QPointer>
 #include <QtCore/QSortFilterProxyModel>
 #include <QtGui/QCloseEvent>
 #include <QtWidgets/QApplication>
@@ -106,10 +109,12 @@ void KyMainWindow::makeCentralArea()
 void KyMainWindow::makePanels()
 {
     QDockWidget& log = addPanel({QStringLiteral("logDock"), tr("&Log"), QKeySequence(Qt::CTRL | Qt::Key_L)},
-                                new KyLogPane(this));
+                                new KyLogPane(getTheLogInstance(), QStringLiteral("log"), this));
     addPanel({QStringLiteral("scriptOutputDock"), tr("Script &Output"),
               QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L)},
              mScriptOutput);
+    addPanel({QStringLiteral("sessionLogDock"), tr("&Session Log"), QKeySequence(Qt::CTRL | Qt::Key_J)},
+             new KySessionLogPane(this));
     connect(mScriptOutput, &KyScriptOutputPane::starting, &KyScriptingMenu::addRecentScript);
     log.raise();
     resizeDocks({&log}, {PanelHeight}, Qt::Vertical);
@@ -230,10 +235,12 @@ void KyMainWindow::closeEvent(QCloseEvent* inEvent)
     mLoader->cancel();
     storeLayout();
     inEvent->accept();
-    // The consoles keep their places, too, and would keep the program running.
+    KyStudySession::clear();
+    // The consoles keep their places, too, and would keep the program running. A script that hears of one
+    // window's end may end others.
     const auto windows = QApplication::topLevelWidgets();
-    for (QWidget* window : windows) {
-        if (window != this && window->isVisible())
+    for (const QPointer<QWidget> window : QList<QPointer<QWidget>>(windows.begin(), windows.end())) {
+        if (window && window != this && window->isVisible())
             window->close();
     }
     QCoreApplication::quit();

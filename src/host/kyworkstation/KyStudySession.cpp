@@ -1,5 +1,7 @@
 #include "KyStudySession.h"
 
+#include <kybase/KyNotifiable.h>
+
 #include <algorithm>
 
 namespace {
@@ -20,6 +22,16 @@ bool remove(Exams& ioStudies, const Exams& inOthers)
                    return Ovg::DicomDirectoryEntry::studyEquals(*study, *other);
                });
            }) > 0;
+}
+
+std::shared_ptr<Ovg::DicomDirectoryEntry> firstOf(const Exams& inStudies)
+{
+    return inStudies.empty() ? nullptr : inStudies.front();
+}
+
+void notify(int inCode)
+{
+    KyNotifiable::notify(KyNotification(inCode, 0, 0, nullptr, KySessionContext::currentInstanceID()));
 }
 
 } // namespace
@@ -53,9 +65,13 @@ void KyStudySession::add(const Exams& inStudies, bool inAdditional)
     const auto setExams = [&](bool additional, Exams exams) {
         additional ? helper->setAdditionalExams(std::move(exams)) : helper->setPrimaryExams(std::move(exams));
     };
+    const auto before = firstOf(helper->primaryExams());
     if (isMoved)
         setExams(!inAdditional, std::move(other));
     setExams(inAdditional, std::move(target));
+    const auto after = firstOf(helper->primaryExams());
+    if (before && after && !KyLoadHelper::isSamePatient(*before, *after))
+        notify(KyNotification::PatientChanged);
 }
 
 void KyStudySession::clear()
@@ -63,5 +79,6 @@ void KyStudySession::clear()
     if (KyLoadHelper* helper = loader()) {
         helper->setPrimaryExams({});
         helper->setAdditionalExams({});
+        notify(KyNotification::SessionClosed);
     }
 }
