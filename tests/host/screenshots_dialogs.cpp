@@ -17,6 +17,7 @@
 #include <QStyleFactory>
 #include <QTest>
 #include <QTextEdit>
+#include <QTimer>
 #include <QTreeView>
 
 #include <cstdio>

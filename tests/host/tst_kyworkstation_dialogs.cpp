@@ -293,7 +293,7 @@ void tst_kyworkstation_dialogs::textViewerWithoutStudiesSaysSo()
 
 void tst_kyworkstation_dialogs::editorSavesAndInserts()
 {
-    runCode("Global.note = ''");
+    runCode("var savedNote = ''");
     QDialog& dialog = open("editor.js", "Note");
     auto* edit = dialog.findChild<QTextEdit*>("KyScriptDialog_edit");
     QTest::keyClicks(edit, "Small nodule.");

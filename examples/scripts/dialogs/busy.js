@@ -8,7 +8,8 @@ var checkDialog = new Dialog({
     buttons: ["Close", "Cancel"],
     manuallyCloseDialog: true,
     context: "Image Check",
-    autoClose: true
+    autoClose: true,
+    initialSize: [380, 100]
 });
 var checkTimer = new Timer();
 var checkStep = 0;

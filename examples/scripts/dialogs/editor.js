@@ -6,10 +6,13 @@ var PHRASES = [
     { text: "Follow-up", phrase: "Follow-up in three months is recommended." }
 ];
 
+// A plain variable of the engine: what a handler puts into Global would not be kept.
+var savedNote = savedNote || "";
+
 var noteEditor = new Dialog({
     title: "Note",
     message: "Your note on this case:",
-    fieldText: Global.note || "",
+    fieldText: savedNote,
     editable: true,
     buttons: ["Save", { text: "Insert", menuItems: PHRASES }, "Close"],
     buttonToolTips: ["Keep the note until the application ends"],
@@ -31,10 +34,10 @@ noteEditor.processed.connect(function () {
     }
     var button = noteEditor.clickedButton();
     if (button === 0) {
-        Global.note = noteEditor.fieldText();
+        savedNote = noteEditor.fieldText();
         noteEditor.setStatus(true);
         noteEditor.setStatus(false, "Saved at " + guiTime(new Date()));
-        print("Saved:", Global.note);
+        print("Saved:", savedNote);
     } else if (button === 1) {
         insert(PHRASES[noteEditor.clickedButtonMenuItem()].phrase);
     } else {

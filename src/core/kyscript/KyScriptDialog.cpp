@@ -390,6 +390,10 @@ void KyScriptDialog::appear()
         chooseFocus();
     makeRoom();
     QWidget::show();
+    // Window managers leave the keyboard with the main window, and some let nobody reach a tool window by
+    // keys.
+    if (QGuiApplication::applicationState() == Qt::ApplicationActive)
+        activateWindow();
     if (std::exchange(d->isToScroll, false))
         d->scroll(true);
 }
@@ -438,7 +442,34 @@ void KyScriptDialog::makeRoom()
         newWidth = most.width();
     resize(newWidth, std::clamp(heightFor(newWidth), height(), std::max(height(), most.height())));
 
-    const QPoint outside = frameGeometry().bottomRight() - area.bottomRight();
+    comeInside(area);
+}
+
+/// Widens the dialog for a status that has too little room, in steps and up to half of the screen: it changes
+/// often, and the window must not follow each letter.
+void KyScriptDialog::makeStatusRoom()
+{
+    constexpr int step = 40;
+    if (!isVisible() || isMaximized() || isFullScreen())
+        return;
+    d->indicator->layout()->activate();
+    layout()->activate();
+    if (d->indicator->width() >= d->indicator->sizeHint().width())
+        return;
+    const QLayoutItem* row = layout()->itemAt(layout()->count() - 1);
+    const QRect area = screen()->availableGeometry();
+    const int newWidth =
+        std::min(width() + row->sizeHint().width() - row->geometry().width() + step, area.width() / 2);
+    if (newWidth <= width())
+        return;
+    resize(newWidth, height());
+    comeInside(area);
+}
+
+/// Moves the dialog to the left and up as far as it stands out of the screen.
+void KyScriptDialog::comeInside(const QRect& inArea)
+{
+    const QPoint outside = frameGeometry().bottomRight() - inArea.bottomRight();
     if (outside.x() > 0 || outside.y() > 0)
         move(pos() - QPoint(std::max(outside.x(), 0), std::max(outside.y(), 0)));
 }
@@ -446,6 +477,7 @@ void KyScriptDialog::makeRoom()
 void KyScriptDialog::setStatus(bool busy, QString status)
 {
     busy ? d->indicator->start(status) : d->indicator->stop(status);
+    makeStatusRoom();
 }
 
 void KyScriptDialog::setTitle(QString title)

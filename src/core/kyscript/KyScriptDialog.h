@@ -118,6 +118,8 @@ private:
     void appear();
     void chooseFocus();
     void makeRoom();
+    void makeStatusRoom();
+    void comeInside(const QRect& inArea);
     QSize borderSize() const;
 
     void answer(int inButton, int inMenuItem, const QString& inLogText);

@@ -239,7 +239,7 @@ void KyMainWindow::closeEvent(QCloseEvent* inEvent)
     // The consoles keep their places, too, and would keep the program running. A script that hears of one
     // window's end may end others.
     const auto windows = QApplication::topLevelWidgets();
-    for (const QPointer<QWidget> window : QList<QPointer<QWidget>>(windows.begin(), windows.end())) {
+    for (const QPointer<QWidget>& window : QList<QPointer<QWidget>>(windows.begin(), windows.end())) {
         if (window && window != this && window->isVisible())
             window->close();
     }
