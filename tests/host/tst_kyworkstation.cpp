@@ -1251,7 +1251,8 @@ void tst_kyworkstation::everyActionHasAKey()
     }
     QVERIFY(count > 10);
     for (const QAction* entry : mWindow->findChildren<QAction*>()) {
-        if (entry->shortcut().isEmpty())
+        // One that holds in its own widget only may have its like in another one.
+        if (entry->shortcut().isEmpty() || entry->shortcutContext() == Qt::WidgetWithChildrenShortcut)
             continue;
         QVERIFY2(!keys.contains(entry->shortcut()), qPrintable(entry->text()));
         keys.append(entry->shortcut());

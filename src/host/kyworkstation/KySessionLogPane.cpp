@@ -37,7 +37,7 @@ QWidget* KySessionLogPane::makeFileBar(const QString& inFile)
     name->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     name->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     name->setToolTip(name->text());
-    auto* open = new QPushButton(tr("Open &File"), bar);
+    auto* open = new QPushButton(tr("Open Fil&e"), bar);
     open->setObjectName(QStringLiteral("openSessionLog"));
     open->setToolTip(tr("Open the file that keeps the session log"));
     open->setEnabled(!inFile.isEmpty());
