@@ -99,7 +99,7 @@ void tst_browser_page::pageTalksToTheScript()
 
     browser->order("socket.close(4001, 'done')");
     QTRY_COMPARE(text("socket.isConnected()"), QString("false"));
-    QCOMPARE(log.take(), QStringList("3||WebSocket: Diconnected from " + url));
+    QTRY_COMPARE(log.toStrings(), QStringList("3||WebSocket: Diconnected from " + url));
     QVERIFY(!browser->waitFor("console closed 4001 true").isNull());
 
     // A page that is loaded again finds the socket again.
