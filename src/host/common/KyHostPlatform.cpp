@@ -64,6 +64,7 @@ Entries studiesBelow(const QStringList& inFolders, const Ovg::StudySource::Progr
 
 KyHostPlatform::KyHostPlatform(const KyHostOptions& inOptions)
     : mOptions(inOptions)
+    , mSettingsFolder(inOptions.profile)
     , mRegistry(settingsStore(inOptions))
     , mWorklist(worklistStore(inOptions))
     , mReportLocks(reportLockStore(inOptions))

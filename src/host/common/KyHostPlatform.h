@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KyHostOptions.h"
+#include "KySettingsFolder.h"
 #include "KyReportEditor.h"
 
 #include <kybase/KyApplication.h>
@@ -54,6 +55,7 @@ public:
 
 private:
     const KyHostOptions mOptions;
+    const KySettingsFolder mSettingsFolder;
     OvRegistry mRegistry;
     KyNotifiables mNotifiables;
     KyClientFacts mFacts;
