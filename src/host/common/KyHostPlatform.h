@@ -1,8 +1,8 @@
 #pragma once
 
 #include "KyHostOptions.h"
-#include "KySettingsFolder.h"
 #include "KyReportEditor.h"
+#include "KySettingsFolder.h"
 
 #include <kybase/KyApplication.h>
 #include <kybase/KyMonitorManager.h>
