@@ -230,6 +230,10 @@
         <translation>%1 zurücksetzen</translation>
     </message>
     <message>
+        <source>%1 (set by a script)</source>
+        <translation>%1 (von einem Skript gesetzt)</translation>
+    </message>
+    <message>
         <source>Texts with commas between them</source>
         <translation>Texte mit Kommas dazwischen</translation>
     </message>
@@ -384,6 +388,13 @@
         <source>Search the settings</source>
         <translation>In den Einstellungen suchen</translation>
     </message>
+</context>
+<context>
+    <name>KySettingsTree</name>
+    <message>
+        <source>Settings</source>
+        <translation>Einstellungen</translation>
+    </message>
     <message>
         <source>Setting</source>
         <translation>Einstellung</translation>
@@ -462,6 +473,10 @@ Open a folder of DICOM files with Ctrl+O, or drop it here.</source>
     <message>
         <source>The configured HTTP proxy of the client.</source>
         <translation>Der eingestellte HTTP-Proxy des Clients.</translation>
+    </message>
+    <message>
+        <source>Run the script FILE once the window is shown (repeatable).</source>
+        <translation>Das Skript FILE ausführen, sobald das Fenster zu sehen ist (mehrfach möglich).</translation>
     </message>
     <message>
         <source>Write the log also to FILE, &quot;-&quot; for standard error.</source>

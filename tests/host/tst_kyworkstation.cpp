@@ -1075,8 +1075,8 @@ void tst_kyworkstation::settingsFollowChangesFromElsewhere()
     QVERIFY(!box->isChecked());
     OvPropertyPool::instance()->property<double>("Added.LaterOn", 2.5,
                                                  OvPropertyPool::instance()->defaultSerializer());
-    QTreeWidgetItem* added = setting("Later On");
-    QVERIFY(added);
+    QTreeWidgetItem* added = nullptr;
+    QTRY_VERIFY((added = setting("Later On")));
     QCOMPARE(added->parent()->text(0), QStringLiteral("Added"));
 }
 

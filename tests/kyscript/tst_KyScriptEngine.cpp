@@ -91,6 +91,7 @@ private slots:
     void printIsMissingUntilOutputIsRedirected();
     void printJoinsItsArguments_data();
     void printJoinsItsArguments();
+    void printEndsAtAnAbsurdLength();
     void printWithoutAWidgetDoesNothing();
     void manyPrintedLinesStandThereAfterwards();
     void redirectingAgainReplacesBothFunctions();
@@ -446,6 +447,16 @@ void tst_KyScriptEngine::printJoinsItsArguments()
     const QJSValue result = engine.evaluate(source);
     QVERIFY2(!result.isError(), qPrintable(result.toString()));
     QCOMPARE(output.toPlainText(), text);
+}
+
+void tst_KyScriptEngine::printEndsAtAnAbsurdLength()
+{
+    Engine engine;
+    QTextEdit output;
+    engine.redirectPrintOutput(&output);
+    engine.text(
+        "vprint(new Proxy({}, {get: function(o, name) { return name === 'length' ? 2147483647 : ''; }}))");
+    QCOMPARE(output.toPlainText().size(), 65535);
 }
 
 void tst_KyScriptEngine::printWithoutAWidgetDoesNothing()

@@ -251,6 +251,7 @@ private slots:
     void extAccIsACopy();
     void extAccIsRefusedWhenItIsNoList_data();
     void extAccIsRefusedWhenItIsNoList();
+    void extAccIsAPropertyForHosts();
     void equalExtAccSignalsNothing();
     void differentExtAccSignals_data();
     void differentExtAccSignals();
@@ -907,6 +908,14 @@ void tst_KyScriptOrvane::extAccIsReadAndWritten_data()
     QTest::newRow("beyond Latin-1") << QString::fromUtf8("['ü€']") << QStringList(QString::fromUtf8("ü€"));
     QTest::newRow("number") << "[5]" << QStringList("5");
     QTest::newRow("text") << "'abc'" << QStringList("abc");
+    QTest::newRow("null and undefined") << "[null, undefined, 'a']" << QStringList({"", "", "a"});
+    QTest::newRow("objects") << "[{toString: function() { return 'o'; }}, [1, 2]]"
+                             << QStringList({"o", "1,2"});
+    QTest::newRow("toString that throws")
+        << "[{toString: function() { throw new Error('x'); }}, 'a']" << QStringList({"Error: x", "a"});
+    QTest::newRow("symbol") << "[Symbol('s'), 'a']" << QStringList({"Symbol(s)", "a"});
+    QTest::newRow("object") << "{a: 1}" << QStringList();
+    QTest::newRow("proxy of an array") << "new Proxy([Symbol()], {})" << QStringList();
 }
 
 void tst_KyScriptOrvane::extAccIsReadAndWritten()
@@ -930,7 +939,8 @@ void tst_KyScriptOrvane::extAccIsACopy()
 void tst_KyScriptOrvane::extAccIsRefusedWhenItIsNoList_data()
 {
     QTest::addColumn<QString>("value");
-    for (const char* value : {"5", "null", "undefined", "true"})
+    for (const char* value : {"5", "null", "undefined", "true", "Symbol()", "Orvane", "new Date()",
+                              "function() {}", "new Array(4294967295)"})
         QTest::newRow(value) << value;
 }
 
@@ -940,6 +950,15 @@ void tst_KyScriptOrvane::extAccIsRefusedWhenItIsNoList()
     QCOMPARE(text("Orvane.extAcc = ['a']; try { Orvane.extAcc = " + value +
                   "; 'taken' } catch (e) { 'refused ' + Orvane.extAcc }"),
              QStringLiteral("refused a"));
+}
+
+void tst_KyScriptOrvane::extAccIsAPropertyForHosts()
+{
+    auto* orvane = mEngine->globalObject().property("Orvane").toQObject();
+    QVERIFY(orvane->setProperty("extAcc", QStringList({"A1", "A2"})));
+    QCOMPARE(text("String(Orvane.extAcc)"), QStringLiteral("A1,A2"));
+    text("Orvane.extAcc = ['B']");
+    QCOMPARE(orvane->property("extAcc").toStringList(), QStringList("B"));
 }
 
 void tst_KyScriptOrvane::equalExtAccSignalsNothing()

@@ -662,11 +662,14 @@ void tst_KyScriptWebSocket::heartbeatBeginsAnewWithTheNextConnection()
 void tst_KyScriptWebSocket::expiryReconnectsAnUnconnectedSocket()
 {
     QVERIFY(connected());
+    LogCapture log;
     mServer->refuse();
     mServer->last()->socket()->abort();
-    QTRY_COMPARE(text("ws.isConnected()"), QString("false"));
+    // The end, and the refusal of the attempt that follows it.
+    QTRY_COMPARE(log.lines().size(), 3);
+    QCOMPARE(text("ws.isConnected()"), QString("false"));
     mServer->listen();
-    LogCapture log;
+    log.take();
     text("ws.onHeartbeatTimeout()");
     QCOMPARE(text("ws.isConnected()"), QString("true"));
     QVERIFY(log.take().constFirst().startsWith("3||WebSocket: Heartbeat timout"));
@@ -681,8 +684,10 @@ void tst_KyScriptWebSocket::expiryWithoutBudgetOnlyLogs()
     QVERIFY(peer);
     // The pending pong and a connected socket: each takes one from the budget and does nothing.
     text("for (var i = 0; i < 10; ++i) ws.onHeartbeatTimeout()");
+    log.take();
     peer->socket()->abort();
-    QTRY_COMPARE(text("ws.isConnected()"), QString("false"));
+    QTRY_COMPARE(log.toStrings(), QStringList("3||WebSocket: Diconnected from " + mServer->url()));
+    QCOMPARE(text("ws.isConnected()"), QString("false"));
     log.take();
     text("ws.onHeartbeatTimeout()");
     QCOMPARE(log.take(),

@@ -394,13 +394,14 @@ QTextEdit* MyPrintHelper::textEdit() const
 
 void MyPrintHelper::vprint(QJSValue argArray)
 {
+    constexpr int longest = 1 << 16; // an object can claim to be longer than memory
     if (!mTextEdit)
         return;
 
     QStringList texts;
     const QJSValue length = argArray.property(QStringLiteral("length"));
     if (length.isNumber()) {
-        for (quint32 i = 0, count = quint32(std::max(length.toInt(), 0)); i < count; ++i)
+        for (quint32 i = 0, count = quint32(std::clamp(length.toInt(), 0, longest)); i < count; ++i)
             texts.append(argArray.property(i).toString());
     }
     append(texts.join(QLatin1Char(' ')));

@@ -170,8 +170,8 @@ class MyPrintHelper : public QObject
 public:
     MyPrintHelper(QObject* inParent, QTextEdit* inTextEdit);
 
-    /// Appends a line of the elements of \a argArray, joined by a blank; an empty line for anything without a
-    /// length. Nothing happens when the widget has gone.
+    /// Appends a line of the elements of \a argArray, the first 65536 of them, joined by a blank; an empty
+    /// line for anything without a length. Nothing happens when the widget has gone.
     Q_INVOKABLE void vprint(QJSValue argArray);
     Q_INVOKABLE void print(QVariant arg1, QVariant arg2 = QVariant(), QVariant arg3 = QVariant());
 

@@ -1,5 +1,6 @@
 #include "KyScriptOrvane.h"
 
+#include "KyScriptTexts.h"
 #include "KyScriptViewer.h"
 
 #include <kybase/KyActionUI.h>
@@ -227,4 +228,17 @@ void KyScriptOrvane::setExtAcc(const QStringList& inExtAcc)
         return;
     mExtAcc = inExtAcc;
     Q_EMIT extAccChanged();
+}
+
+void KyScriptOrvane::setExtAccVariant(const QVariant& inExtAcc)
+{
+    if (inExtAcc.typeId() == QMetaType::QStringList) { // from C++
+        setExtAcc(inExtAcc.toStringList());
+        return;
+    }
+    QJSValue value = inExtAcc.value<QJSValue>();
+    if (inExtAcc.typeId() == QMetaType::QString)
+        value = inExtAcc.toString();
+    if (const auto texts = KyScriptTexts::argument(this, value, QStringLiteral("Orvane.extAcc")))
+        setExtAcc(*texts);
 }

@@ -23,8 +23,9 @@ class KyScriptOrvane : public QObject
 {
     Q_OBJECT
     /// The accession numbers that another program has called up, as far as scripts know them. One list for
-    /// all engines of the process, empty at first.
-    Q_PROPERTY(QStringList extAcc READ extAcc WRITE setExtAcc NOTIFY extAccChanged)
+    /// all engines of the process, empty at first. A list of texts, see KyScriptTexts; writing what is none
+    /// is a TypeError of the script.
+    Q_PROPERTY(QVariant extAcc READ extAccVariant WRITE setExtAccVariant NOTIFY extAccChanged)
 
 public:
     explicit KyScriptOrvane(QObject* parent);
@@ -124,6 +125,11 @@ Q_SIGNALS:
 
 private:
     QObject* wrapped(KyBaseViewer* inViewer);
+
+    // Scripts reach the list as a QVariant: Qt's own conversion to a QStringList ends the process at a
+    // symbol.
+    QVariant extAccVariant() const { return mExtAcc; }
+    void setExtAccVariant(const QVariant& inExtAcc);
 
     static QStringList mExtAcc;
 

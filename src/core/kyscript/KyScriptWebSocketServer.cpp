@@ -13,6 +13,14 @@
 #include <QtWebSockets/QWebSocket>
 #include <QtWebSockets/QWebSocketServer>
 
+namespace {
+
+/// So many clients may be in the middle of their handshake. With TLS, Qt lets nobody in beyond that until one
+/// of them has finished or run out of time.
+constexpr int PendingClients = 1000;
+
+} // namespace
+
 KyScriptWebSocketServer::KyScriptWebSocketServer(QObject* parent, bool secure)
     : QObject(parent)
     , mSecure(secure)
@@ -64,6 +72,7 @@ bool KyScriptWebSocketServer::isAlive(KyScriptWebSocket* inSocket) const
 void KyScriptWebSocketServer::startServer()
 {
     makeServer();
+    mServer->setMaxPendingConnections(PendingClients);
     if (mServer->listen(QHostAddress(QHostAddress::Any), 0)) {
         getTheLogInstance().printf("%s is listening on port %hu",
                                    mServer->serverName().toLatin1().constData(), mServer->serverPort());

@@ -64,6 +64,7 @@ Entries studiesBelow(const QStringList& inFolders, const Ovg::StudySource::Progr
 
 KyHostPlatform::KyHostPlatform(const KyHostOptions& inOptions)
     : mOptions(inOptions)
+    , mSettingsFolder(inOptions.profile)
     , mRegistry(settingsStore(inOptions))
     , mSessionLog(inOptions.profile.isEmpty() ? QString() : inProfile(inOptions, "session.log"))
     , mWorklist(worklistStore(inOptions))

@@ -3,6 +3,7 @@
 #include "KyHostOptions.h"
 #include "KyReportEditor.h"
 #include "KySessionLog.h"
+#include "KySettingsFolder.h"
 
 #include <kybase/KyApplication.h>
 #include <kybase/KyMonitorManager.h>
@@ -56,6 +57,7 @@ public:
 
 private:
     const KyHostOptions mOptions;
+    const KySettingsFolder mSettingsFolder;
     OvRegistry mRegistry;
     KySessionLog mSessionLog;
     KyNotifiables mNotifiables;

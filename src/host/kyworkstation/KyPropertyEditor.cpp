@@ -13,6 +13,7 @@
 #include <QtWidgets/QSpinBox>
 #include <QtWidgets/QToolButton>
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -34,6 +35,21 @@ std::vector<OvRegistry::Priority> storedLayers(const OvVariant& inProperty)
     return layers;
 }
 
+bool isSetByScript(const OvVariant& inProperty)
+{
+    const auto layers = storedLayers(inProperty);
+    return std::find(layers.begin(), layers.end(), OvRegistry::ScriptPriority) != layers.end();
+}
+
+/// Takes away the values of a property in the layers from \a inLowest on that outlive this process.
+void removeLayers(const OvVariant& inProperty, OvRegistry::Priority inLowest)
+{
+    for (const OvRegistry::Priority layer : storedLayers(inProperty)) {
+        if (layer >= inLowest)
+            OvRegistry::getInstance()->removeProperty(idOf(inProperty), layer);
+    }
+}
+
 } // namespace
 
 KyPropertyEditor::KyPropertyEditor(OvVariant& ioProperty, const QString& inLabel, QWidget* inParent)
@@ -41,9 +57,9 @@ KyPropertyEditor::KyPropertyEditor(OvVariant& ioProperty, const QString& inLabel
     , mProperty(ioProperty)
     , mReset(new QToolButton(this))
 {
+    setObjectName(idOf(mProperty));
     QWidget* editor = makeEditor();
     editor->setAccessibleName(inLabel);
-    editor->setToolTip(idOf(mProperty));
     setFocusProxy(editor);
     // Who scrolls through the settings must not change those that pass below the pointer.
     editor->setFocusPolicy(Qt::StrongFocus);
@@ -60,6 +76,20 @@ KyPropertyEditor::KyPropertyEditor(OvVariant& ioProperty, const QString& inLabel
     all->addWidget(mReset);
     mProperty.connectPropertyChangedSignal(
         this, [this](const OvVariant*) { refresh(); }, false);
+    if (KyNotifiables* notifiables = KyNotifiables::getInstance())
+        notifiables->addNotification(this, KyNotification(KyNotification::PropertyChanged, 0, 0, &mProperty));
+    refresh();
+}
+
+void KyPropertyEditor::followInTabOrder(const KyPropertyEditor& inPrevious)
+{
+    setTabOrder(inPrevious.mReset, focusProxy());
+    setTabOrder(focusProxy(), mReset);
+}
+
+/// Beside a change of the value itself: a layer may have come or gone.
+void KyPropertyEditor::notified(const KyNotification&)
+{
     refresh();
 }
 
@@ -139,8 +169,15 @@ QWidget* KyPropertyEditor::makeLine()
 
 void KyPropertyEditor::store(const QString& inText)
 {
+    const QString before = mProperty.toQString();
     mProperty.setValueFromQString(inText);
+    const bool hasChanged = mProperty.toQString() != before;
+    // What a script has set would be back at the next start.
+    if (hasChanged)
+        removeLayers(mProperty, OvRegistry::UserPriority + 1);
     refresh();
+    if (hasChanged)
+        tellOfChange();
 }
 
 void KyPropertyEditor::refresh()
@@ -148,12 +185,21 @@ void KyPropertyEditor::refresh()
     const QSignalBlocker blocker(focusProxy());
     mShowValue();
     mReset->setEnabled(!storedLayers(mProperty).empty());
+    const QString id = idOf(mProperty);
+    focusProxy()->setToolTip(isSetByScript(mProperty) ? tr("%1 (set by a script)").arg(id) : id);
 }
 
 void KyPropertyEditor::reset()
 {
-    for (const OvRegistry::Priority layer : storedLayers(mProperty))
-        OvRegistry::getInstance()->removeProperty(idOf(mProperty), layer);
+    const QString before = mProperty.toQString();
+    removeLayers(mProperty, OvRegistry::EffectivePriority);
     mProperty.deserialize();
     refresh();
+    if (mProperty.toQString() != before)
+        tellOfChange();
+}
+
+void KyPropertyEditor::tellOfChange()
+{
+    KyNotifiable::notify(KyNotification(KyNotification::PropertyChanged, 0, 0, &mProperty));
 }

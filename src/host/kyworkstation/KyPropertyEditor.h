@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kybase/KyNotifiable.h>
+
 #include <QtWidgets/QWidget>
 
 #include <functional>
@@ -11,16 +13,21 @@ class QToolButton;
 /// Edits one application property: a widget that fits the type of its value, and a button that takes it back
 /// to its default.
 ///
-/// A change holds at once and is stored in the user's settings; a text that the property can't read is
-/// replaced by its value. The editor follows changes from elsewhere. It must not outlive its property.
-class KyPropertyEditor : public QWidget
+/// A change holds at once and is stored in the user's settings, in place of what a script may have set; a
+/// text that the property can't read is replaced by its value. The editor follows changes from elsewhere. Its
+/// object name is the id of the property, which it must not outlive.
+class KyPropertyEditor : public QWidget, public KyNotifiable
 {
     Q_OBJECT
 
 public:
     KyPropertyEditor(OvVariant& ioProperty, const QString& inLabel, QWidget* inParent);
 
+    /// Makes the Tab key lead here from \a inPrevious.
+    void followInTabOrder(const KyPropertyEditor& inPrevious);
+
     bool eventFilter(QObject* inWatched, QEvent* inEvent) override;
+    void notified(const KyNotification& inNotification) override;
 
 private:
     QWidget* makeEditor();
@@ -32,6 +39,7 @@ private:
     void store(const QString& inText);
     void refresh();
     void reset();
+    void tellOfChange();
 
     OvVariant& mProperty;
     QToolButton* const mReset;

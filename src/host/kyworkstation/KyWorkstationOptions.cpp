@@ -14,25 +14,27 @@ QString name(const char* inName)
 
 QList<QCommandLineOption> valueOptions()
 {
-    return {{{name("s"), name("studies")},
-             KyWorkstationOptions::tr("Open the DICOM files below DIR (repeatable)."),
-             name("DIR")},
-            {name("additional"),
-             KyWorkstationOptions::tr("Open those below DIR as additional studies (repeatable)."),
-             name("DIR")},
-            {name("property"),
-             KyWorkstationOptions::tr("Set an application property for this session (repeatable)."),
-             name("ID=TEXT")},
-            {name("profile"),
-             KyWorkstationOptions::tr(
-                 "Keep settings and data below DIR instead of the user's configuration folder."),
-             name("DIR")},
-            {name("tools"), KyWorkstationOptions::tr("Load a tool configuration file (repeatable)."),
-             name("FILE")},
-            {name("proxy"), KyWorkstationOptions::tr("The configured HTTP proxy of the client."),
-             name("HOST:PORT")},
-            {name("log"), KyWorkstationOptions::tr("Write the log also to FILE, \"-\" for standard error."),
-             name("FILE")}};
+    return {
+        {{name("s"), name("studies")},
+         KyWorkstationOptions::tr("Open the DICOM files below DIR (repeatable)."),
+         name("DIR")},
+        {name("additional"),
+         KyWorkstationOptions::tr("Open those below DIR as additional studies (repeatable)."), name("DIR")},
+        {name("property"),
+         KyWorkstationOptions::tr("Set an application property for this session (repeatable)."),
+         name("ID=TEXT")},
+        {name("profile"),
+         KyWorkstationOptions::tr(
+             "Keep settings and data below DIR instead of the user's configuration folder."),
+         name("DIR")},
+        {name("tools"), KyWorkstationOptions::tr("Load a tool configuration file (repeatable)."),
+         name("FILE")},
+        {name("proxy"), KyWorkstationOptions::tr("The configured HTTP proxy of the client."),
+         name("HOST:PORT")},
+        {name("run"), KyWorkstationOptions::tr("Run the script FILE once the window is shown (repeatable)."),
+         name("FILE")},
+        {name("log"), KyWorkstationOptions::tr("Write the log also to FILE, \"-\" for standard error."),
+         name("FILE")}};
 }
 
 /// Puts properties and proxy in; gives what is wrong with them, or nothing.
@@ -79,6 +81,7 @@ KyWorkstationOptions::Outcome KyWorkstationOptions::parse(const QStringList& inA
     host.profile = parser.isSet(name("profile"))
                        ? parser.value(name("profile"))
                        : QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+    scripts = parser.values(name("run"));
     logFile = parser.value(name("log"));
     return outText.isEmpty() ? Outcome::Run : Outcome::Bad;
 }

@@ -12,7 +12,8 @@ struct KyWorkstationOptions
 public:
     /// Its profile is the folder of the user's configuration unless another one is given.
     KyHostOptions host;
-    QString logFile; ///< "-" for standard error, empty for none.
+    QStringList scripts; ///< Files to run once the window is shown.
+    QString logFile;     ///< "-" for standard error, empty for none.
 
     enum class Outcome
     {

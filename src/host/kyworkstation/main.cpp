@@ -12,6 +12,7 @@
 #include <rnlib/RnLogFileSink.h>
 #include <rnlib/RnLogStreamSink.h>
 
+#include <QtCore/QTimer>
 #include <QtGui/QIcon>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QStatusBar>
@@ -65,6 +66,8 @@ int runWindow(const KyWorkstationOptions& inOptions)
         window.openFolder(folder);
     for (const QString& folder : inOptions.host.additionalFolders)
         window.openFolder(folder, KyStudyLoader::Kind::Additional);
+    for (const QString& script : inOptions.scripts)
+        QTimer::singleShot(0, &window, [&window, script] { window.runScript(script); });
     return QApplication::exec();
 }
 
