@@ -3,8 +3,13 @@
 // The script list_studies.js of the examples lies in the current folder.
 
 #include <common/KyHostPlatform.h>
+#include <common/KyToolFiles.h>
 #include <kyworkstation/KyMainWindow.h>
 #include <kyworkstation/KyScriptingMenu.h>
+#include <kyworkstation/KyStudySession.h>
+#include <kyworkstation/KyViewerArea.h>
+#include <kyworkstation/KyWorkstationTools.h>
+#include <kyworkstation/KyWorkstationViewers.h>
 
 #include <ovbase/OvPropertyPool.h>
 
@@ -16,6 +21,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QSplitter>
 #include <QStyleFactory>
 #include <QTest>
 #include <QTreeView>
@@ -90,7 +96,46 @@ bool takeMain(KyMainWindow& inWindow, const QDir& inFolder)
     return take(inWindow, inFolder.filePath("workstation.png")) && isOk;
 }
 
-bool takeAll(KyMainWindow& inWindow, const QDir& inFolder)
+bool isRead(const KyViewerLayout& inViewers)
+{
+    for (int place = 0; place < inViewers.count(); ++place) {
+        for (int layer = 0; inViewers.viewer(place)->seriesVolume(layer); ++layer) {
+            if (inViewers.viewer(place)->seriesVolume(layer)->isLoading())
+                return false;
+        }
+    }
+    return true;
+}
+
+/// Four viewers: an axial and a coronal plane, the lung, and a PET fused into its CT.
+bool takeViewers(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& inFolder)
+{
+    const auto& studies = KyStudySession::primary();
+    const auto layer = [&](std::size_t inStudy, std::size_t inSeries) {
+        return KyViewerLayer{.study = studies.at(inStudy), .series = inSeries};
+    };
+    inWindow.resize(1240, 840);
+    inWindow.move(10, 10);
+    inWindow.findChild<QTreeView*>("studyList")
+        ->expand(inWindow.findChild<QTreeView*>("studyList")->model()->index(0, 0));
+    inWindow.findChild<QSplitter*>("centralArea")->setSizes({190, 560});
+    inWindow.findChild<QWidget*>("logDock")->hide();
+    inWindow.findChild<QWidget*>("scriptOutputDock")->hide();
+    ioViewers.setLayout("2x2");
+    for (int place = 0; place < 4; ++place)
+        ioViewers.viewer(place)->open(place == 2 ? layer(0, 1) : layer(1, 0));
+    ioViewers.viewer(3)->fuse(layer(1, 1));
+    if (!QTest::qWaitFor([&] { return isRead(ioViewers); }, 30000))
+        return false;
+    ioViewers.viewer(1)->setOrientation(OvSlice::Coronal);
+    ioViewers.viewer(1)->scrollTo(116);
+    ioViewers.viewer(0)->contextToolBar()->setDisplayHint("Measure the nodule in the left lung");
+    KyViewerManager::getInstance()->setActiveViewer(ioViewers.viewer(0));
+    settle();
+    return take(inWindow, inFolder.filePath("workstation-viewers.png"));
+}
+
+bool takeAll(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& inFolder)
 {
     settle();
     bool isOk = takeMain(inWindow, inFolder);
@@ -119,6 +164,7 @@ bool takeAll(KyMainWindow& inWindow, const QDir& inFolder)
     isOk = take(*inWindow.findChild<QWidget*>("settings"), inFolder.filePath("settings.png")) && isOk;
     inWindow.findChild<QWidget*>("settings")->close();
 
+    isOk = takeViewers(inWindow, ioViewers, inFolder) && isOk;
     useDarkColours();
     inWindow.findChild<QAction*>("console.")->trigger();
     settle();
@@ -140,9 +186,13 @@ int main(int argc, char** argv)
     KyScriptingMenu::registerProperties();
     KyHostPlatform platform{KyHostOptions()};
     KyMainWindow window;
+    const KyWorkstationViewers viewers(window);
+    KyWorkstationTools tools(window, platform.reportEditor());
+    tools.load(QString(), KyToolFiles::in(TOOLS));
     window.show();
     window.openFolder(arguments.at(1));
     auto* list = window.findChild<QTreeView*>("studyList");
     const bool isLoaded = QTest::qWaitFor([&] { return list->model()->rowCount() > 0; }, 20000);
-    return isLoaded && takeAll(window, QDir(arguments.at(2))) ? 0 : 1;
+    const QDir folder(arguments.at(2));
+    return isLoaded && takeAll(window, viewers.area().viewers(), folder) ? 0 : 1;
 }

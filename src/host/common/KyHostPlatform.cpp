@@ -1,5 +1,7 @@
 #include "KyHostPlatform.h"
 
+#include "KyViewerLayout.h"
+
 #include <kyscript/KyScriptInterface.h>
 #include <kyscript/KyScriptStudy.h>
 #include <kyscript/KyScriptTool.h>
@@ -70,6 +72,7 @@ KyHostPlatform::KyHostPlatform(const KyHostOptions& inOptions)
     , mWorklist(worklistStore(inOptions))
     , mReportLocks(reportLockStore(inOptions))
 {
+    KyViewerLayout::registerProperties();
     mFacts.organizationName = "Ky";
     mFacts.applicationRegistryName = "Workstation";
     mFacts.userName = qgetenv("USER").constData();

@@ -9,9 +9,13 @@
 
 #include <common/KyHostPlatform.h>
 #include <common/KyMessageLog.h>
+#include <common/KyViewerLayout.h>
+#include <common/KyViewerTools.h>
 #include <kyscript/KyScriptAbstractEngine.h>
 #include <kyscript/KyScriptInterface.h>
 #include <kyscript/KyScriptProgram.h>
+
+#include <kybase/KyLoadHelper.h>
 #include <rnlib/RnLogFileSink.h>
 #include <rnlib/RnLogStreamSink.h>
 
@@ -195,6 +199,13 @@ int runOnPlatform(const KyRunOptions& inOptions, const QString& inSource, RnLogS
         return fail(loaded.errors.first());
     for (const QString& warning : loaded.warnings)
         getTheLogInstance().tracef(2, "Studies", "%s", warning.toUtf8().constData());
+    std::optional<KyViewerLayout> viewers;
+    std::vector<std::shared_ptr<KyTool>> tools;
+    if (loaded.primary > 0) {
+        viewers.emplace(KySeriesVolume::Reading::OnDemand);
+        viewers->fill(KySessionContext::currentInstance()->component<KyLoadHelper>(true)->primaryExams());
+        tools = KyViewerTools::make(*viewers);
+    }
     QString badTool = KyRunTools::load(inOptions.host.toolFiles);
     if (badTool.isEmpty())
         badTool = KyRunTools::findUnknown(inOptions.triggers);

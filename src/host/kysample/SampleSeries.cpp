@@ -1,5 +1,6 @@
 #include "SampleSeries.h"
 
+#include "SamplePhantom.h"
 #include "SampleUid.h"
 
 #include "dcmtk/config/osconfig.h"
@@ -12,44 +13,33 @@
 
 namespace {
 
-constexpr int edge = 128;          // pixels
-constexpr double pixelSpacing = 3; // mm
 constexpr int rescaleIntercept = -1024;
+/// The rescale slope of a PET slice: each has its own, as scanners write it.
+double petSlope(int inSlice)
+{
+    return 0.5 + inSlice % 4 * 0.125;
+}
 
 using Text = std::pair<DcmTagKey, std::string>;
 
-bool inEllipse(double inX, double inY, double inCentreX, double inCentreY, double inRadiusX, double inRadiusY)
+std::vector<Uint16> phantomSlice(const SampleSeries& inSeries, int inSlice)
 {
-    return std::hypot((inX - inCentreX) / inRadiusX, (inY - inCentreY) / inRadiusY) <= 1;
-}
-
-/// Hounsfield units of the phantom at a point, in millimetres from its centre, z along the patient's axis.
-int hounsfield(double inX, double inY, double inZ)
-{
-    const double lungScale = std::sqrt(std::max(0.0, 1 - std::pow(inZ / 140, 2)));
-    const double toNodule = std::sqrt(std::pow(inX - 70, 2) + std::pow(inY + 20, 2) + std::pow(inZ, 2));
-    if (!inEllipse(inX, inY, 0, 0, 170, 120))
-        return -1000;
-    if (toNodule <= 12)
-        return 60;
-    if (inEllipse(inX, inY, 0, 75, 18, 16))
-        return 450;
-    const bool lung = inEllipse(inX, inY, -80, -10, 55 * lungScale, 75 * lungScale) ||
-                      inEllipse(inX, inY, 80, -10, 55 * lungScale, 75 * lungScale);
-    return lung ? -820 : 45;
-}
-
-std::vector<Uint16> phantomSlice(double inZ)
-{
+    // A PET has a coarse look; CT edges are about a pixel wide.
+    const SamplePhantom phantom(inSeries.isPet ? 11 : inSeries.pixelSpacing);
+    const double z = inSeries.firstPosition + inSlice * inSeries.spacing;
+    const double middle = (inSeries.edge - 1) / 2.0;
     std::vector<Uint16> pixels;
-    pixels.reserve(edge * edge);
-    const double middle = (edge - 1) / 2.0;
-    for (int row = 0; row < edge; ++row) {
-        for (int column = 0; column < edge; ++column) {
-            const int noise = (row * 31 + column * 17) % 13 - 6;
-            const int value =
-                hounsfield((column - middle) * pixelSpacing, (row - middle) * pixelSpacing, inZ) + noise;
-            pixels.push_back(static_cast<Uint16>(std::max(0, value - rescaleIntercept)));
+    pixels.reserve(std::size_t(inSeries.edge) * std::size_t(inSeries.edge));
+    for (int row = 0; row < inSeries.edge; ++row) {
+        for (int column = 0; column < inSeries.edge; ++column) {
+            const double x = (column - middle) * inSeries.pixelSpacing;
+            const double y = (row - middle) * inSeries.pixelSpacing;
+            const double noise = SamplePhantom::noise(column, row, inSlice);
+            const double uptake = inSeries.isPet ? 1000 * phantom.uptake(x, y, z) * (1 + 0.08 * noise) : 0;
+            const double value =
+                inSeries.isPet ? uptake / petSlope(inSlice)
+                               : phantom.hounsfield(x, y, z) + inSeries.noise * noise - rescaleIntercept;
+            pixels.push_back(static_cast<Uint16>(std::max(0.0, value)));
         }
     }
     return pixels;
@@ -60,10 +50,10 @@ std::string seriesKey(const SampleSeries& inSeries)
     return inSeries.study.folder + "/" + std::to_string(inSeries.number);
 }
 
-/// A decimal string: at most one digit behind the point, as all lengths here have.
+/// A decimal string: at most two digits behind the point, as all lengths here have.
 std::string decimal(double inValue)
 {
-    return QString::number(inValue, 'f', 1).toStdString();
+    return QString::number(inValue, 'f', 2).toStdString();
 }
 
 /// \a inText in the character set of \a inStudy. The sample has only characters that Latin-1 has too.
@@ -94,7 +84,7 @@ std::vector<Text> patientAndStudy(const SampleStudy& inStudy)
 
 std::vector<Text> seriesAndEquipment(const SampleSeries& inSeries)
 {
-    return {{DCM_Modality, "CT"},
+    return {{DCM_Modality, inSeries.isPet ? "PT" : "CT"},
             {DCM_SeriesInstanceUID, sampleUid(seriesKey(inSeries))},
             {DCM_SeriesNumber, std::to_string(inSeries.number)},
             {DCM_SeriesDate, inSeries.study.date},
@@ -121,13 +111,18 @@ std::vector<Text> acquisition(const SampleSeries& inSeries)
             {DCM_AcquisitionTime, inSeries.study.time},
             {DCM_ContentDate, inSeries.study.date},
             {DCM_ContentTime, inSeries.study.time},
+            {DCM_SliceThickness, decimal(inSeries.spacing)},
+            {DCM_ReconstructionDiameter, decimal(inSeries.edge * inSeries.pixelSpacing)}};
+}
+
+std::vector<Text> tomography(const SampleSeries& inSeries)
+{
+    return {{DCM_SOPClassUID, UID_CTImageStorage},
             {DCM_KVP, "120"},
             {DCM_XRayTubeCurrent, "220"},
             {DCM_ExposureTime, "500"},
             {DCM_ConvolutionKernel, inSeries.kernel},
             {DCM_GantryDetectorTilt, "0"},
-            {DCM_ReconstructionDiameter, decimal(edge * pixelSpacing)},
-            {DCM_SliceThickness, decimal(inSeries.spacing)},
             {DCM_WindowCenter, inSeries.windowCentre},
             {DCM_WindowWidth, inSeries.windowWidth},
             {DCM_RescaleIntercept, std::to_string(rescaleIntercept)},
@@ -135,13 +130,26 @@ std::vector<Text> acquisition(const SampleSeries& inSeries)
             {DCM_RescaleType, "HU"}};
 }
 
+std::vector<Text> emission(const SampleSeries& inSeries, int inSlice)
+{
+    return {{DCM_SOPClassUID, UID_PositronEmissionTomographyImageStorage},
+            {DCM_Units, "BQML"},
+            {DCM_SeriesType, "WHOLE BODY\\IMAGE"},
+            {DCM_CountsSource, "EMISSION"},
+            {DCM_CorrectedImage, "DECY\\ATTN\\SCAT"},
+            {DCM_DecayCorrection, "START"},
+            {DCM_NumberOfSlices, std::to_string(inSeries.slices)},
+            {DCM_ImageIndex, std::to_string(inSlice + 1)},
+            {DCM_RescaleIntercept, "0"},
+            {DCM_RescaleSlope, QString::number(petSlope(inSlice)).toStdString()}};
+}
+
 std::vector<Text> slice(const SampleSeries& inSeries, int inSlice)
 {
     const double position = inSeries.firstPosition + inSlice * inSeries.spacing;
-    const std::string corner = decimal(-(edge - 1) / 2.0 * pixelSpacing);
-    const std::string spacing = decimal(pixelSpacing);
-    return {{DCM_SOPClassUID, UID_CTImageStorage},
-            {DCM_SOPInstanceUID, sampleUid(seriesKey(inSeries) + "/" + std::to_string(inSlice + 1))},
+    const std::string corner = decimal(-(inSeries.edge - 1) / 2.0 * inSeries.pixelSpacing);
+    const std::string spacing = decimal(inSeries.pixelSpacing);
+    return {{DCM_SOPInstanceUID, sampleUid(seriesKey(inSeries) + "/" + std::to_string(inSlice + 1))},
             {DCM_InstanceNumber, std::to_string(inSlice + 1)},
             {DCM_ImagePositionPatient, corner + "\\" + corner + "\\" + decimal(position)},
             {DCM_ImageOrientationPatient, "1\\0\\0\\0\\1\\0"},
@@ -166,14 +174,16 @@ void putRequest(DcmDataset& ioDataset, const SampleStudy& inStudy)
                      {DCM_ScheduledProcedureStepDescription, "CT Thorax"}});
 }
 
-void putPixels(DcmDataset& ioDataset, double inZ)
+void putPixels(DcmDataset& ioDataset, const SampleSeries& inSeries, int inSlice)
 {
-    const std::pair<DcmTagKey, int> numbers[] = {
-        {DCM_SamplesPerPixel, 1}, {DCM_Rows, edge},  {DCM_Columns, edge},         {DCM_BitsAllocated, 16},
-        {DCM_BitsStored, 12},     {DCM_HighBit, 11}, {DCM_PixelRepresentation, 0}};
+    const int bits = inSeries.isPet ? 16 : 12;
+    const std::pair<DcmTagKey, int> numbers[] = {{DCM_SamplesPerPixel, 1},     {DCM_Rows, inSeries.edge},
+                                                 {DCM_Columns, inSeries.edge}, {DCM_BitsAllocated, 16},
+                                                 {DCM_BitsStored, bits},       {DCM_HighBit, bits - 1},
+                                                 {DCM_PixelRepresentation, 0}};
     for (const auto& [tag, number] : numbers)
         ioDataset.putAndInsertUint16(tag, static_cast<Uint16>(number));
-    const std::vector<Uint16> pixels = phantomSlice(inZ);
+    const std::vector<Uint16> pixels = phantomSlice(inSeries, inSlice);
     ioDataset.putAndInsertUint16Array(DCM_PixelData, pixels.data(),
                                       static_cast<unsigned long>(pixels.size()));
 }
@@ -191,9 +201,10 @@ QString writeSampleSeries(const SampleSeries& inSeries, const QString& inFolder)
         putTexts(dataset, patientAndStudy(inSeries.study));
         putTexts(dataset, seriesAndEquipment(inSeries));
         putTexts(dataset, acquisition(inSeries));
+        putTexts(dataset, inSeries.isPet ? emission(inSeries, i) : tomography(inSeries));
         putTexts(dataset, slice(inSeries, i));
         putRequest(dataset, inSeries.study);
-        putPixels(dataset, inSeries.firstPosition + i * inSeries.spacing);
+        putPixels(dataset, inSeries, i);
         const QString path = folder.filePath(QStringLiteral("IM%1").arg(i + 1, 4, 10, QLatin1Char('0')));
         const OFCondition result =
             file.saveFile(QFile::encodeName(path).constData(), EXS_LittleEndianExplicit);

@@ -23,7 +23,7 @@ struct SampleStudy
     std::string status;
 };
 
-/// One CT series of a sample study.
+/// One series of a sample study.
 struct SampleSeries
 {
     SampleStudy study;
@@ -35,10 +35,14 @@ struct SampleSeries
     double firstPosition = 0; ///< Millimetres along the patient's axis.
     double spacing = 5;       ///< Millimetres between slices, which also is their thickness.
     int slices = 20;
+    bool isPet = false;        ///< A PET series, whose values are 1000 times the uptake; else CT.
+    int edge = 256;            ///< Pixels.
+    double pixelSpacing = 1.5; ///< Millimetres.
+    double noise = 12;         ///< At most, in Hounsfield units.
 };
 
-/// Writes \a inSeries as CT Image Storage instances, 128 x 128 pixels of 16 bit, below \a inFolder, one file
-/// for each slice. The picture is a phantom of a chest: body, lungs, spine and one nodule.
+/// Writes \a inSeries as CT or PET Image Storage instances of 16 bit below \a inFolder, one file for each
+/// slice. The picture is that of SamplePhantom.
 ///
 /// Returns an empty text, or one line that says which file could not be written.
 QString writeSampleSeries(const SampleSeries& inSeries, const QString& inFolder);

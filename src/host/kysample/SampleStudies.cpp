@@ -75,7 +75,25 @@ SampleSeries lung(const SampleStudy& inStudy, int inNumber)
             .windowCentre = "-600",
             .windowWidth = "1600",
             .firstPosition = -25,
-            .spacing = 2.5};
+            .spacing = 2.5,
+            .noise = 40};
+}
+
+/// A PET in the same place as the CT of its study.
+SampleSeries emission(const SampleStudy& inStudy, int inNumber)
+{
+    return {.study = inStudy,
+            .number = inNumber,
+            .description = "FDG PET",
+            .kernel = "",
+            .windowCentre = "",
+            .windowWidth = "",
+            .firstPosition = -52,
+            .spacing = 4,
+            .slices = 26,
+            .isPet = true,
+            .edge = 96,
+            .pixelSpacing = 4};
 }
 
 } // namespace
@@ -84,6 +102,11 @@ std::vector<SampleSeries> sampleSeries()
 {
     return {softTissue(muellerBaseline(), 2), lung(muellerBaseline(), 3), softTissue(muellerFollowUp(), 2),
             softTissue(soerensen(), 2)};
+}
+
+std::vector<SampleSeries> fusionSeries()
+{
+    return {emission(muellerFollowUp(), 4)};
 }
 
 std::vector<SampleSeries> manyInstances(int inInstances)
@@ -100,6 +123,8 @@ std::vector<SampleSeries> manyInstances(int inInstances)
         series.study.studyId = study;
         series.study.accessionNumber = "M" + study;
         series.slices = std::min(left, perSeries);
+        series.edge = 128;
+        series.pixelSpacing = 3;
         all.push_back(series);
     }
     return all;

@@ -1,4 +1,4 @@
-// kysample: writes the sample studies, synthetic CT series of a chest phantom.
+// kysample: writes the sample studies, synthetic series of a chest phantom.
 
 #include "SampleStudies.h"
 
@@ -24,14 +24,16 @@ int main(int argc, char** argv)
 {
     const QCoreApplication app(argc, argv);
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Writes synthetic CT studies for trying out and testing."));
+    parser.setApplicationDescription(QStringLiteral("Writes synthetic studies for trying out and testing."));
     parser.addHelpOption();
     parser.addPositionalArgument(QStringLiteral("OUTDIR"), QStringLiteral("Folder to write to."));
     const QCommandLineOption instances(
         QStringLiteral("instances"),
         QStringLiteral("Write N instances for measurements instead of the sample."), QStringLiteral("N"));
-    parser.addOption(instances);
+    const QCommandLineOption fusion(
+        QStringLiteral("fusion"),
+        QStringLiteral("Add a PET series to one of the CT studies, to be fused into it."));
+    parser.addOptions({instances, fusion});
     if (!parser.parse(app.arguments()))
         return fail(exitUsage, parser.errorText());
     if (parser.isSet(QStringLiteral("help")))
@@ -43,7 +45,11 @@ int main(int argc, char** argv)
     const int count = parser.isSet(instances) ? parser.value(instances).toInt(&ok) : 1;
     if (!ok || count < 1)
         return fail(exitUsage, QStringLiteral("--instances takes a number from 1"));
-    for (const SampleSeries& series : parser.isSet(instances) ? manyInstances(count) : sampleSeries()) {
+    std::vector<SampleSeries> all = parser.isSet(instances) ? manyInstances(count) : sampleSeries();
+    const std::vector<SampleSeries> more =
+        parser.isSet(fusion) ? fusionSeries() : std::vector<SampleSeries>();
+    all.insert(all.end(), more.begin(), more.end());
+    for (const SampleSeries& series : all) {
         const QString error = writeSampleSeries(series, parser.positionalArguments().constFirst());
         if (!error.isEmpty())
             return fail(exitFailure, error);

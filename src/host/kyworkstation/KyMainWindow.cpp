@@ -211,6 +211,7 @@ void KyMainWindow::showStudies()
 {
     mStudies->setStudies(KyStudySession::primary(), KyStudySession::additional());
     mStatus->showTotals(mStudies->rowCount(), mStudies->imageCount());
+    Q_EMIT studiesChanged();
 }
 
 void KyMainWindow::runScript(const QString& inFile)

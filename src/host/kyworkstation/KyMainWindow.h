@@ -66,6 +66,10 @@ public Q_SLOTS:
     /// and what it prints stand.
     void runScript(const QString& inFile);
 
+Q_SIGNALS:
+    /// The session has other studies now.
+    void studiesChanged();
+
 protected:
     void closeEvent(QCloseEvent* inEvent) override;
     void dragEnterEvent(QDragEnterEvent* inEvent) override;

@@ -1,27 +1,18 @@
 #include "KyStudyListModel.h"
 
+#include "KySeriesDrag.h"
+
+#include <common/KyPatientName.h>
+#include <common/KyViewerLayout.h>
 #include <ovbase/OvDateFormatter.h>
 
+#include <QtCore/QMimeData>
 #include <QtGui/QFont>
 
+#include <algorithm>
 #include <numeric>
 
 namespace {
-
-/// A person's name for people: of the first group that has one, "Family, Given Middle".
-QString nameForDisplay(const QString& inName)
-{
-    for (const QString& group : inName.split(QLatin1Char('='))) {
-        const QStringList parts = group.split(QLatin1Char('^'));
-        const QString family = parts.value(0).trimmed();
-        const QString given = (parts.value(1) + QLatin1Char(' ') + parts.value(2)).simplified();
-        if (!family.isEmpty() && !given.isEmpty())
-            return family + QStringLiteral(", ") + given;
-        if (!family.isEmpty() || !given.isEmpty())
-            return family + given;
-    }
-    return QString();
-}
 
 QDate birthDateOf(const Ovg::DicomDirectoryEntry& inStudy)
 {
@@ -35,6 +26,17 @@ QString modalitiesOf(const Ovg::DicomDirectoryEntry& inStudy)
     for (const std::string& modality : inStudy.modalities())
         modalities.append(QString::fromStdString(modality));
     return modalities.join(QStringLiteral(", "));
+}
+
+/// As the header of the first image has it.
+QString descriptionOf(const Ovg::DicomSeries& inSeries)
+{
+    Ovg::DicomHeader header;
+    QString reason;
+    const bool isRead = !inSeries.instances.empty() &&
+                        Ovg::DicomHeader::readFile(inSeries.instances.front().path, header, reason) ==
+                            Ovg::DicomHeader::Outcome::Read;
+    return isRead ? header.value({0x0008, 0x103E}).toString() : QString();
 }
 
 } // namespace
@@ -57,14 +59,43 @@ int KyStudyListModel::imageCount() const
                            [](int sum, const Row& row) { return sum + row.study->instanceCount(); });
 }
 
-int KyStudyListModel::rowCount(const QModelIndex& inParent) const
+const KyStudyListModel::Row& KyStudyListModel::rowOf(const QModelIndex& inIndex) const
 {
-    return inParent.isValid() ? 0 : int(mRows.size());
+    return mRows[isSeries(inIndex) ? size_t(inIndex.internalId() - 1) : size_t(inIndex.row())];
 }
 
-int KyStudyListModel::columnCount(const QModelIndex& inParent) const
+KyViewerLayer KyStudyListModel::layerOf(const QModelIndex& inIndex) const
 {
-    return inParent.isValid() ? 0 : ColumnCount;
+    const auto& study = rowOf(inIndex).study;
+    return isSeries(inIndex) ? KyViewerLayer{.study = study, .series = size_t(inIndex.row())}
+                             : KyViewerLayout::firstSeries(study);
+}
+
+/// A series has the number of its study's row, from 1, as internal id; a study has 0.
+QModelIndex KyStudyListModel::index(int inRow, int inColumn, const QModelIndex& inParent) const
+{
+    if (!hasIndex(inRow, inColumn, inParent))
+        return QModelIndex();
+    return createIndex(inRow, inColumn, inParent.isValid() ? quintptr(inParent.row() + 1) : quintptr(0));
+}
+
+QModelIndex KyStudyListModel::parent(const QModelIndex& inChild) const
+{
+    const bool hasParent = inChild.isValid() && isSeries(inChild);
+    return hasParent ? createIndex(int(inChild.internalId()) - 1, 0, quintptr(0)) : QModelIndex();
+}
+
+int KyStudyListModel::rowCount(const QModelIndex& inParent) const
+{
+    if (!inParent.isValid())
+        return int(mRows.size());
+    const bool isStudy = !isSeries(inParent) && inParent.column() == 0;
+    return isStudy ? int(rowOf(inParent).study->series().size()) : 0;
+}
+
+int KyStudyListModel::columnCount(const QModelIndex&) const
+{
+    return ColumnCount;
 }
 
 QVariant KyStudyListModel::text(const Row& inRow, int inColumn) const
@@ -72,7 +103,7 @@ QVariant KyStudyListModel::text(const Row& inRow, int inColumn) const
     const Ovg::DicomDirectoryEntry& study = *inRow.study;
     switch (inColumn) {
     case Patient:
-        return nameForDisplay(study.patientName());
+        return KyPatientName::forDisplay(study.patientName());
     case PatientId:
         return study.patientId();
     case BirthDate:
@@ -90,10 +121,36 @@ QVariant KyStudyListModel::text(const Row& inRow, int inColumn) const
     }
 }
 
-QVariant KyStudyListModel::sortValue(const Row& inRow, int inColumn) const
+QVariant KyStudyListModel::seriesText(const QModelIndex& inIndex) const
 {
-    const Ovg::DicomDirectoryEntry& study = *inRow.study;
-    switch (inColumn) {
+    const Row& row = rowOf(inIndex);
+    const auto number = size_t(inIndex.row());
+    const Ovg::DicomSeries& series = row.study->series()[number];
+    switch (inIndex.column()) {
+    case Patient:
+        return tr("Series %1").arg(series.seriesNumber);
+    case Description:
+        if (row.descriptions.empty())
+            std::transform(row.study->series().begin(), row.study->series().end(),
+                           std::back_inserter(row.descriptions), descriptionOf);
+        return row.descriptions[number];
+    case Modalities:
+        return QString::fromStdString(series.modality);
+    case Images:
+        return QLocale().toString(qulonglong(series.instances.size()));
+    default:
+        return QVariant();
+    }
+}
+
+QVariant KyStudyListModel::sortValue(const QModelIndex& inIndex) const
+{
+    const Row& row = rowOf(inIndex);
+    const Ovg::DicomDirectoryEntry& study = *row.study;
+    // Series stay in the order of their numbers.
+    if (isSeries(inIndex))
+        return inIndex.row();
+    switch (inIndex.column()) {
     case BirthDate:
         return birthDateOf(study);
     case StudyDate:
@@ -101,7 +158,7 @@ QVariant KyStudyListModel::sortValue(const Row& inRow, int inColumn) const
     case Images:
         return study.instanceCount();
     default:
-        return text(inRow, inColumn);
+        return text(row, inIndex.column());
     }
 }
 
@@ -109,12 +166,14 @@ QVariant KyStudyListModel::data(const QModelIndex& inIndex, int inRole) const
 {
     if (!checkIndex(inIndex, CheckIndexOption::IndexIsValid))
         return QVariant();
-    const Row& row = mRows[size_t(inIndex.row())];
+    const Row& row = rowOf(inIndex);
     switch (inRole) {
     case Qt::DisplayRole:
-        return text(row, inIndex.column());
+        return isSeries(inIndex) ? seriesText(inIndex) : text(row, inIndex.column());
     case SortRole:
-        return sortValue(row, inIndex.column());
+        return sortValue(inIndex);
+    case LayerRole:
+        return QVariant::fromValue(layerOf(inIndex));
     case Qt::TextAlignmentRole:
         return inIndex.column() == Images ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
     case Qt::ToolTipRole:
@@ -140,4 +199,20 @@ QVariant KyStudyListModel::headerData(int inSection, Qt::Orientation inOrientati
     const QStringList titles{tr("Patient"),     tr("ID"),         tr("Birth date"), tr("Study date"),
                              tr("Description"), tr("Modalities"), tr("Images")};
     return titles.value(inSection);
+}
+
+Qt::ItemFlags KyStudyListModel::flags(const QModelIndex& inIndex) const
+{
+    const Qt::ItemFlags flags = QAbstractItemModel::flags(inIndex);
+    return inIndex.isValid() && layerOf(inIndex).isValid() ? flags | Qt::ItemIsDragEnabled : flags;
+}
+
+QStringList KyStudyListModel::mimeTypes() const
+{
+    return {QLatin1String(KySeriesDrag::MimeType)};
+}
+
+QMimeData* KyStudyListModel::mimeData(const QModelIndexList& inIndexes) const
+{
+    return inIndexes.isEmpty() ? nullptr : KySeriesDrag::mimeData(layerOf(inIndexes.first()));
 }

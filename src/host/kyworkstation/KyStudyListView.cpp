@@ -1,5 +1,7 @@
 #include "KyStudyListView.h"
 
+#include "KyStudyListModel.h"
+
 #include <QtGui/QPainter>
 #include <QtWidgets/QStyledItemDelegate>
 
@@ -25,7 +27,9 @@ KyStudyListView::KyStudyListView(QWidget* inParent)
     : QTreeView(inParent)
 {
     setItemDelegate(new StudyDelegate(this));
-    setRootIsDecorated(false);
+    setExpandsOnDoubleClick(false);
+    setDragEnabled(true);
+    setDragDropMode(DragOnly);
     setUniformRowHeights(true);
     setAlternatingRowColors(true);
     setAllColumnsShowFocus(true);
@@ -33,6 +37,11 @@ KyStudyListView::KyStudyListView(QWidget* inParent)
     setEditTriggers(NoEditTriggers);
     setSortingEnabled(true);
     setAccessibleName(tr("Studies"));
+    connect(this, &QTreeView::activated, this, [this](const QModelIndex& index) {
+        const auto layer = index.data(KyStudyListModel::LayerRole).value<KyViewerLayer>();
+        if (layer.isValid())
+            Q_EMIT seriesWanted(layer);
+    });
 }
 
 void KyStudyListView::paintEvent(QPaintEvent* inEvent)

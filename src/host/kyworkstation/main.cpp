@@ -6,6 +6,7 @@
 #include "KyTranslations.h"
 #include "KyWorkstationOptions.h"
 #include "KyWorkstationTools.h"
+#include "KyWorkstationViewers.h"
 
 #include <common/KyHostPlatform.h>
 #include <common/KyMessageLog.h>
@@ -57,6 +58,7 @@ int runWindow(const KyWorkstationOptions& inOptions)
             KyWorkstationOptions::tr("There is no property %1 that takes this text").arg(badProperty));
 
     KyMainWindow window;
+    const KyWorkstationViewers viewers(window);
     KyWorkstationTools tools(window, platform.reportEditor());
     const QStringList badTools = tools.load(inOptions.host.profile, inOptions.host.toolFiles);
     window.show();

@@ -69,9 +69,9 @@ private slots:
                 QCOMPARE(series.instances.back().instanceNumber, 20);
                 QVERIFY(series.seriesInstanceUid.starts_with("2.25."));
             }
-            QCOMPARE(value(*study, "Rows"), 128);
+            QCOMPARE(value(*study, "Rows"), 256);
             QCOMPARE(value(*study, "BitsAllocated"), 16);
-            QCOMPARE(value(*study, "PixelSpacing"), (QVariantList{3.0, 3.0}));
+            QCOMPARE(value(*study, "PixelSpacing"), (QVariantList{1.5, 1.5}));
             QCOMPARE(value(*study, "ImageOrientationPatient"), (QVariantList{1.0, 0.0, 0.0, 0.0, 1.0, 0.0}));
             QCOMPARE(value(*study, "RescaleIntercept"), -1024.0);
             QCOMPARE(value(*study, "RequestAttributesSequence.ScheduledProcedureStepID"),
@@ -96,6 +96,26 @@ private slots:
             ++compared;
         }
         QCOMPARE(compared, 80);
+    }
+
+    void aPetSeriesCanBeAdded()
+    {
+        const QTemporaryDir folder;
+        QString errors;
+        QCOMPARE(kysample({"--fusion", folder.path()}, errors), 0);
+        const Ovg::StudySourceResult result = Ovg::FolderStudySource(folder.path()).load();
+        QCOMPARE(result.instances, 106);
+        const auto& series = result.studies[1]->series();
+        QCOMPARE(series.size(), size_t(2));
+        QCOMPARE(series[1].modality, std::string("PT"));
+        QCOMPARE(series[1].instances.size(), size_t(26));
+        Ovg::DicomHeader header;
+        QString reason;
+        Ovg::DicomHeader::readFile(series[1].instances[1].path, header, reason);
+        const auto pet = [&](const char* inPath) { return header.value(DicomTagPath::fromText(inPath)); };
+        QCOMPARE(pet("FrameOfReferenceUID"), value(*result.studies[1], "FrameOfReferenceUID"));
+        QCOMPARE(pet("RescaleSlope"), 0.625);
+        QCOMPARE(pet("Rows"), 96);
     }
 
     void manyInstancesCanBeWritten()

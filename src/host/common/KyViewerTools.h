@@ -1,0 +1,18 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+class KyTool;
+class KyViewerLayout;
+
+/// The application's own tools for the viewers: "Viewers.Layout1x1", "Viewers.Layout1x2",
+/// "Viewers.Layout2x2".
+class KyViewerTools
+{
+public:
+    KyViewerTools() = delete;
+
+    /// Makes the tools; whoever holds them lets them go before \a inLayout, which they use.
+    static std::vector<std::shared_ptr<KyTool>> make(KyViewerLayout& inLayout);
+};
