@@ -76,6 +76,23 @@
     </message>
 </context>
 <context>
+    <name>KyLoadHelper</name>
+    <message>
+        <source>none</source>
+        <translation>keine</translation>
+    </message>
+    <message>
+        <source>The studies on the screen are not those of the other program.</source>
+        <translation>Die Untersuchungen auf dem Bildschirm sind nicht die des anderen Programms.</translation>
+    </message>
+    <message>
+        <source>Accession numbers there: %1
+Accession numbers here: %2</source>
+        <translation>Auftragsnummern dort: %1
+Auftragsnummern hier: %2</translation>
+    </message>
+</context>
+<context>
     <name>KyLoadingStatus</name>
     <message>
         <source>Progress of loading</source>
@@ -214,6 +231,10 @@
         <source>Script &amp;Output</source>
         <translation>Skript&amp;ausgabe</translation>
     </message>
+    <message>
+        <source>&amp;Tool Bar</source>
+        <translation>&amp;Werkzeugleiste</translation>
+    </message>
 </context>
 <context>
     <name>KyPropertyEditor</name>
@@ -240,6 +261,51 @@
     <message>
         <source>Not set</source>
         <translation>Nicht gesetzt</translation>
+    </message>
+</context>
+<context>
+    <name>KyReportPanel</name>
+    <message>
+        <source>Report</source>
+        <translation>Befund</translation>
+    </message>
+    <message>
+        <source>The report</source>
+        <translation>Der Befund</translation>
+    </message>
+    <message>
+        <source>B</source>
+        <comment>bold</comment>
+        <translation>F</translation>
+    </message>
+    <message>
+        <source>Bold</source>
+        <translation>Fett</translation>
+    </message>
+    <message>
+        <source>I</source>
+        <comment>italic</comment>
+        <translation>K</translation>
+    </message>
+    <message>
+        <source>Italic</source>
+        <translation>Kursiv</translation>
+    </message>
+    <message>
+        <source>U</source>
+        <comment>underlined</comment>
+        <translation>U</translation>
+    </message>
+    <message>
+        <source>Underlined</source>
+        <translation>Unterstrichen</translation>
+    </message>
+</context>
+<context>
+    <name>KyScriptFileDialog</name>
+    <message>
+        <source>Save as...</source>
+        <translation>Speichern unter …</translation>
     </message>
 </context>
 <context>
@@ -453,6 +519,13 @@ Open a folder of DICOM files with Ctrl+O, or drop it here.</source>
     </message>
 </context>
 <context>
+    <name>KyToolBarPanel</name>
+    <message>
+        <source>Tools</source>
+        <translation>Werkzeuge</translation>
+    </message>
+</context>
+<context>
     <name>KyWorkstationOptions</name>
     <message>
         <source>Open the DICOM files below DIR (repeatable).</source>
@@ -505,6 +578,25 @@ Open a folder of DICOM files with Ctrl+O, or drop it here.</source>
     <message>
         <source>There is no property %1 that takes this text</source>
         <translation>Keine Eigenschaft %1 nimmt diesen Text an</translation>
+    </message>
+    <message>
+        <source>Load a tool configuration file (repeatable).</source>
+        <translation>Eine Werkzeugdatei laden (mehrfach möglich).</translation>
+    </message>
+</context>
+<context>
+    <name>KyWorkstationTools</name>
+    <message>
+        <source>&amp;Report</source>
+        <translation>&amp;Befund</translation>
+    </message>
+    <message>
+        <source>Report</source>
+        <translation>Befund</translation>
+    </message>
+    <message>
+        <source>Show the report editor</source>
+        <translation>Den Befundeditor zeigen</translation>
     </message>
 </context>
 <context>
