@@ -519,8 +519,13 @@ void tst_kyworkstation::loadingIsCancelledInItsMidst()
         else
             QTest::mouseClick(cancel, Qt::LeftButton);
     });
-    mWindow->openFolder(manyFiles());
-    QTRY_VERIFY_WITH_TIMEOUT(!cancel->isVisible(), 60'000);
+    // On a busy machine the window may hear of the first file when the last one is read.
+    for (int i = 0; i < 20 && (cancelledAt == 0 || cancelledAt == sManyFiles); ++i) {
+        action("Close All Studies").trigger();
+        cancelledAt = 0;
+        mWindow->openFolder(manyFiles());
+        QTRY_VERIFY_WITH_TIMEOUT(!cancel->isVisible(), 60'000);
+    }
     QVERIFY2(cancelledAt > 0 && cancelledAt < sManyFiles, qPrintable(QString::number(cancelledAt)));
     QCOMPARE(message(), QStringLiteral("Loading was cancelled"));
     QCOMPARE(studyList().model()->rowCount(), 0);

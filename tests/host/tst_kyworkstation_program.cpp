@@ -52,6 +52,7 @@ private:
 namespace {
 
 constexpr int sPatience = 60'000;
+constexpr int sMenuTime = 200; // for a menu to open
 constexpr const char* sMainTitle = "Ky Workstation";
 constexpr const char* sConsoleTitle = "Console[QJSEngine]";
 
@@ -120,7 +121,10 @@ QString tst_kyworkstation_program::open(const QString& inTitle)
 void tst_kyworkstation_program::pressInMainWindow(const QStringList& inKeys)
 {
     QVERIFY(!open(sMainTitle).isEmpty());
-    mDisplay.press(inKeys);
+    for (const QString& key : inKeys) {
+        mDisplay.press({key});
+        QTest::qWait(sMenuTime);
+    }
 }
 
 QString tst_kyworkstation_program::output(const QString& inConsole)
@@ -238,8 +242,13 @@ void tst_kyworkstation_program::scriptIsRunFromTheMenu()
     QCOMPARE(waitForEnd(), 0);
     QVERIFY(QFile::remove(mProfile->filePath("log")));
     start();
-    pressInMainWindow({"alt+s", "c", "1"});
-    TRY_VERIFY(logged().contains("Exception: from the file"));
+    // On a busy machine a submenu may open too late for the key.
+    bool hasRun = false;
+    for (int i = 0; i < 4 && !hasRun; ++i) {
+        pressInMainWindow({"Escape", "Escape", "alt+s", "c", "1"});
+        hasRun = QTest::qWaitFor([this] { return logged().contains("Exception: from the file"); }, 10'000);
+    }
+    QVERIFY(hasRun);
 }
 
 void tst_kyworkstation_program::placesAreKeptBetweenTwoProcesses()
