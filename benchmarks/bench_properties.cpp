@@ -27,6 +27,14 @@ class Bare : public QObject
     Q_PROPERTY(QString text MEMBER mText NOTIFY changed)
     Q_PROPERTY(QStringList list MEMBER mList NOTIFY changed)
 
+public:
+    Q_INVOKABLE QVariant value(const QString&) const { return mNumber; }
+    Q_INVOKABLE bool setValue(const QString&, const QVariant& inValue)
+    {
+        mNumber = inValue.toInt();
+        return true;
+    }
+
 Q_SIGNALS:
     void changed();
 
@@ -38,10 +46,19 @@ private:
     QStringList mList;
 };
 
+enum class Store
+{
+    Memory,
+    File,
+};
+
+/// One at a time: the newest pool is that of the scripts.
 struct World
 {
-    explicit World(std::shared_ptr<OvRegistryStore> inStore = nullptr, int inMore = 0)
-        : registry(std::move(inStore))
+    World(int inMore, Store inStore)
+        : registry(inStore == Store::File
+                       ? std::make_shared<OvRegistryFileStore>(folder.filePath(QStringLiteral("settings")))
+                       : nullptr)
     {
         OvSerializer* serializer = pool.defaultSerializer();
         pool.property<bool>("B.flag", false, serializer);
@@ -56,6 +73,7 @@ struct World
         engine.globalObject().setProperty(QStringLiteral("bare"), engine.newQObject(&bare));
     }
 
+    QTemporaryDir folder;
     OvRegistry registry;
     OvPropertyPool pool;
     Bare bare;
@@ -69,10 +87,17 @@ QJSValue thousandTimes(World& ioWorld, const QString& inStatement)
         QStringLiteral("(function() { for (var i = 0; i < 1000; ++i) { %1; } })").arg(inStatement));
 }
 
-void add(const std::string& inName, const std::shared_ptr<World>& inWorld, const QString& inStatement)
+struct Setting
+{
+    int more = 5; ///< Properties beside the five that are used.
+    Store store = Store::Memory;
+};
+
+void add(const std::string& inName, const QString& inStatement, Setting inSetting = {})
 {
     benchmark::RegisterBenchmark(inName.c_str(), [=](benchmark::State& state) {
-        const QJSValue function = thousandTimes(*inWorld, inStatement);
+        World world(inSetting.more, inSetting.store);
+        const QJSValue function = thousandTimes(world, inStatement);
         for (auto _ : state) {
             const QJSValue value = function.call();
             if (value.isError())
@@ -81,23 +106,23 @@ void add(const std::string& inName, const std::shared_ptr<World>& inWorld, const
     });
 }
 
-void addType(const std::shared_ptr<World>& inWorld, const char* inProperty, const QString& inValue)
+void addType(const char* inProperty, const QString& inValue)
 {
     const QString name = QString::fromLatin1(inProperty);
     const std::string read = "1000 reads, " + name.toStdString();
-    add(read, inWorld, QStringLiteral("Orvane.propertyVariant('B.%1')").arg(name));
-    add(read + "/yardstick", inWorld, QStringLiteral("bare.%1").arg(name));
+    add(read, QStringLiteral("Orvane.propertyVariant('B.%1')").arg(name));
+    add(read + "/yardstick", QStringLiteral("bare.%1").arg(name));
     const std::string write = "1000 writes, " + name.toStdString();
-    add(write, inWorld, QStringLiteral("Orvane.setPropertyVariant('B.%1', %2)").arg(name, inValue));
-    add(write + "/yardstick", inWorld, QStringLiteral("bare.%1 = %2").arg(name, inValue));
+    add(write, QStringLiteral("Orvane.setPropertyVariant('B.%1', %2)").arg(name, inValue));
+    add(write + "/yardstick", QStringLiteral("bare.%1 = %2").arg(name, inValue));
 }
 
-/// The same in a world of few properties and in one of many.
-void addNumber(const std::string& inName, const QString& inStatement, const std::shared_ptr<World>& inFew,
-               const std::shared_ptr<World>& inMany)
+/// The same with other properties, or another store, and in a plain world.
+void addAgainstPlain(const std::string& inName, const std::string& inGoal, const QString& inStatement,
+                     Setting inSetting)
 {
-    add(inName + "<=1.5", inMany, inStatement);
-    add(inName + "/yardstick", inFew, inStatement);
+    add(inName + inGoal, inStatement, inSetting);
+    add(inName + "/yardstick", inStatement);
 }
 
 } // namespace
@@ -105,26 +130,21 @@ void addNumber(const std::string& inName, const QString& inStatement, const std:
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
-    const auto few = std::make_shared<World>(nullptr, 5);
-    addType(few, "flag", QStringLiteral("i % 2 === 0"));
-    addType(few, "number", QStringLiteral("i"));
-    addType(few, "fraction", QStringLiteral("i + 0.5"));
-    addType(few, "text", QStringLiteral("'text ' + i"));
-    addType(few, "list", QStringLiteral("['a', 'text ' + i]"));
+    addType("flag", QStringLiteral("i % 2 === 0"));
+    addType("number", QStringLiteral("i"));
+    addType("fraction", QStringLiteral("i + 0.5"));
+    addType("text", QStringLiteral("'text ' + i"));
+    addType("list", QStringLiteral("['a', 'text ' + i]"));
 
-    const auto many = std::make_shared<World>(nullptr, 9995);
-    addNumber("1000 reads among 10 000 properties", QStringLiteral("Orvane.propertyVariant('B.number')"), few,
-              many);
-    addNumber("1000 writes among 10 000 properties",
-              QStringLiteral("Orvane.setPropertyVariant('B.number', i)"), few, many);
-
-    const QTemporaryDir folder;
-    const auto filed = std::make_shared<World>(
-        std::make_shared<OvRegistryFileStore>(folder.filePath(QStringLiteral("settings"))), 5);
-    add("1000 writes to the settings file", filed,
-        QStringLiteral("Orvane.setPropertyVariant('B.number', i)"));
-    add("1000 writes to the settings file/yardstick", few,
-        QStringLiteral("Orvane.setPropertyVariant('B.number', i)"));
+    const QString read = QStringLiteral("Orvane.propertyVariant('B.number')");
+    const QString write = QStringLiteral("Orvane.setPropertyVariant('B.number', i)");
+    add("1000 reads, against a bare call<=1.5", read);
+    add("1000 reads, against a bare call/yardstick", QStringLiteral("bare.value('B.number')"));
+    add("1000 writes, against a bare call", write);
+    add("1000 writes, against a bare call/yardstick", QStringLiteral("bare.setValue('B.number', i)"));
+    addAgainstPlain("1000 reads among 10 000 properties", "<=1.5", read, {9995, Store::Memory});
+    addAgainstPlain("1000 writes among 10 000 properties", "<=1.5", write, {9995, Store::Memory});
+    addAgainstPlain("1000 writes to the settings file", "", write, {5, Store::File});
     return runWithRatios(argc, argv);
 }
 

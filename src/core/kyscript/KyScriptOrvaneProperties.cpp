@@ -99,7 +99,8 @@ QString typeNameOf(const OvVariant& inProperty)
 OvVariant* findProperty(const QString& inId)
 {
     const OvPropertyPool* pool = OvPropertyPool::instance();
-    return pool ? pool->variant(latin1(inId)) : nullptr;
+    const QByteArray id = inId.toLatin1();
+    return pool ? pool->variant({id.constData(), std::size_t(id.size())}) : nullptr;
 }
 
 void notifyOf(const OvVariant& inProperty)

@@ -84,7 +84,7 @@ OvVariant* OvPropertyPool::find(std::string_view inId) const
     return found == mVariants.end() ? nullptr : found->second.get();
 }
 
-OvVariant* OvPropertyPool::variant(const std::string& inId) const
+OvVariant* OvPropertyPool::variant(std::string_view inId) const
 {
     return find(inId);
 }

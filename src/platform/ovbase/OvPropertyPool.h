@@ -50,7 +50,7 @@ public:
     static bool validPropertyName(const std::string& inId);
 
     /// The property of this id; null when there is none.
-    OvVariant* variant(const std::string& inId) const;
+    OvVariant* variant(std::string_view inId) const;
 
     /// The property of this id, made with the value \a inDefault if there is none yet; one that is there
     /// keeps its value and its serializer. Null when the id is not valid, and when a property of another
