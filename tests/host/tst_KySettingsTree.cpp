@@ -352,8 +352,7 @@ void tst_KySettingsTree::tenThousandPropertiesOpenQuickly()
     timer.start();
     open();
     QVERIFY(tree().item("Many.Group9.P9999"));
-    QVERIFY2(timer.elapsed() < 10000,
-             qPrintable(QString::number(timer.elapsed()))); // some 0.2 s in a quiet release
+    QVERIFY2(timer.elapsed() < 60'000, qPrintable(QString::number(timer.elapsed())));
 }
 
 void tst_KySettingsTree::tenThousandPropertiesCanComeWhileTheSettingsAreOpen()
@@ -365,7 +364,7 @@ void tst_KySettingsTree::tenThousandPropertiesCanComeWhileTheSettingsAreOpen()
         "'.Property ' + i, i)");
     QCOMPARE(labels("Coming.Group3.P9993"), (QStringList{"Coming", "Group 3", "Property 9993"}));
     QTest::qWait(1);
-    QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY2(timer.elapsed() < 60'000, qPrintable(QString::number(timer.elapsed())));
 }
 
 KY_TEST_MAIN(tst_KySettingsTree)
