@@ -249,7 +249,7 @@ void tst_KyScriptHttpRequest::headersStayInForce()
          "request.get(base + '/hello'); request.waitForFinished(20000);"
          "request.post(base + '/hello', '{}'); request.waitForFinished(20000);"
          "request.setHeader('x-token', 'two'); request.del(base + '/hello'); request.waitForFinished(20000);"
-         "make().get(base + '/hello')");
+         "var other = make(); other.get(base + '/hello')");
     QVERIFY(waitForAnswers(4));
     QCOMPARE(mServer->requests.at(0).header("X-Token"), QByteArray("one"));
     QCOMPARE(mServer->requests.at(1).header("X-Token"), QByteArray("one"));

@@ -153,7 +153,8 @@ void KyScriptWebSocket::deliverMessages()
         mIsDelivering = false;
 }
 
-/// A URL that can't be used is told before the loop runs. Scripts run in the loop and may end this object.
+/// A URL that can't be used is told before the loop runs. The other end may hang up without an error. Scripts
+/// run in the loop and may end this object.
 bool KyScriptWebSocket::waitForConnection(QWebSocket* socket)
 {
     QEventLoop loop;
@@ -166,7 +167,8 @@ bool KyScriptWebSocket::waitForConnection(QWebSocket* socket)
     QObject::connect(socket, &QWebSocket::connected, &loop, end);
     QObject::connect(&limit, &QTimer::timeout, &loop, end);
     QObject::connect(socket, ErrorSignal, &loop, end);
-    QObject::connect(this, &QObject::destroyed, &loop, end);
+    QObject::connect(socket, &QWebSocket::disconnected, &loop, end);
+    QObject::connect(socket, &QObject::destroyed, &loop, end);
 
     const QPointer<QWebSocket> held(socket);
     socket->open(QUrl(mURL.simplified(), QUrl::TolerantMode));
