@@ -24,6 +24,7 @@
 #include <QSplitter>
 #include <QStyleFactory>
 #include <QTest>
+#include <QToolButton>
 #include <QTreeView>
 
 #include <cstdio>
@@ -107,6 +108,11 @@ bool isRead(const KyViewerLayout& inViewers)
     return true;
 }
 
+void clickTool(const KyMainWindow& inWindow, const QString& inKey)
+{
+    QTest::mouseClick(inWindow.findChild<QToolButton*>("tool." + inKey), Qt::LeftButton);
+}
+
 /// Four viewers: an axial and a coronal plane, the lung, and a PET fused into its CT.
 bool takeViewers(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& inFolder)
 {
@@ -129,10 +135,25 @@ bool takeViewers(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& 
         return false;
     ioViewers.viewer(1)->setOrientation(OvSlice::Coronal);
     ioViewers.viewer(1)->scrollTo(116);
-    ioViewers.viewer(0)->contextToolBar()->setDisplayHint("Measure the nodule in the left lung");
     KyViewerManager::getInstance()->setActiveViewer(ioViewers.viewer(0));
+    clickTool(inWindow, "Site.MeasureReminder");
     settle();
     return take(inWindow, inFolder.filePath("workstation-viewers.png"));
+}
+
+/// A report that a tool has filled, beside one viewer.
+bool takeTools(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& inFolder)
+{
+    ioViewers.setLayout("1x1");
+    clickTool(inWindow, "Site.MeasureReminder");
+    clickTool(inWindow, "Site.CopyPatient");
+    clickTool(inWindow, "Site.ReportTemplate");
+    clickTool(inWindow, "Site.FindPrior");
+    inWindow.resizeDocks({inWindow.findChild<QDockWidget*>("reportDock")}, {330}, Qt::Horizontal);
+    settle();
+    const bool isOk = take(inWindow, inFolder.filePath("workstation-tools.png"));
+    inWindow.findChild<QDockWidget*>("reportDock")->close();
+    return isOk;
 }
 
 bool takeAll(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& inFolder)
@@ -165,6 +186,7 @@ bool takeAll(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& inFo
     inWindow.findChild<QWidget*>("settings")->close();
 
     isOk = takeViewers(inWindow, ioViewers, inFolder) && isOk;
+    isOk = takeTools(inWindow, ioViewers, inFolder) && isOk;
     useDarkColours();
     inWindow.findChild<QAction*>("console.")->trigger();
     settle();

@@ -21,6 +21,8 @@ private slots:
     void priorIsFound();
     void reportIsFilled();
     void reportOfTheUserStays();
+    void reminderIsShownAndTakenAway();
+    void layoutIsSwitched();
     void examplesWorkWithoutStudies_data();
     void examplesWorkWithoutStudies();
 
@@ -84,7 +86,7 @@ void tst_tool_examples::everyExampleIsWellMade_data()
 {
     QTest::addColumn<QString>("file");
     const QStringList files = QDir(TOOLS).entryList({"*.xml"}, QDir::Files);
-    QCOMPARE(files.size(), 3);
+    QCOMPARE(files.size(), 5);
     for (const QString& file : files)
         QTest::newRow(qPrintable(file)) << file;
 }
@@ -128,13 +130,18 @@ void tst_tool_examples::patientIsCopied()
     QVERIFY2(tip.startsWith(QString::fromUtf8("Copied: Müller, Änne; SAMPLE-1001; ")), qPrintable(tip));
 }
 
+/// The earlier one than what the active viewer shows.
 void tst_tool_examples::priorIsFound()
 {
     const QByteArray texts =
-        "[Orvane.tool('Site.FindPrior').text, Orvane.tool('Site.FindPrior').toolTip].join('|')";
-    const QString found = probe("prior-finder.xml", {"Site.FindPrior"}, texts);
-    QVERIFY2(found.startsWith("Prior: ") && found.contains("2024|") &&
-                 found.endsWith(" CT CT Thorax nativ, Erstuntersuchung"),
+        "[Orvane.activeViewer().getTag('DICOM.StudyDescription'), Orvane.tool('Site.FindPrior').text,"
+        " Orvane.tool('Site.FindPrior').toolTip].join('|')";
+    const QString none = probe("prior-finder.xml", {"Site.FindPrior"}, texts);
+    QCOMPARE(none, QStringLiteral("CT Thorax nativ, Erstuntersuchung|No Prior|No earlier study"));
+    const QString found = probe("prior-finder.xml", {"Site.FindPrior"}, texts,
+                                {"--property", "Viewers.Layout=2x2", "-e", "Orvane.activateViewer('2')"});
+    QVERIFY2(found.startsWith(QString::fromUtf8("CT Thorax, Verlauf für Rundherd|Prior: ")) &&
+                 found.contains("2024|") && found.endsWith(" 2024 CT Thorax nativ, Erstuntersuchung"),
              qPrintable(found));
 }
 
@@ -157,6 +164,41 @@ void tst_tool_examples::reportOfTheUserStays()
     QCOMPARE(text, QStringLiteral("by hand|The report is not empty"));
 }
 
+void tst_tool_examples::reminderIsShownAndTakenAway()
+{
+    const QStringList tool{"--studies", mSample, "--tools",   TOOLS "/measurement-reminder.xml",
+                           "--log",     "-",     "--trigger", "Site.MeasureReminder"};
+    const QString hint = "[Viewers] Hint in viewer 1: ";
+    const QString shown = "Measure: nodules above 6 mm\n";
+    const Outcome on = run(tool);
+    QCOMPARE(on.status, 0);
+    QCOMPARE(on.err.count(hint), 1);
+    QVERIFY2(on.err.contains(hint + shown), qPrintable(on.err));
+    const Outcome off = run(tool + QStringList({"--trigger", "Site.MeasureReminder"}));
+    QCOMPARE(off.status, 0);
+    QCOMPARE(off.err.count(hint), 2);
+    QVERIFY2(off.err.contains(hint + "\n"), qPrintable(off.err));
+    QCOMPARE(
+        probe(
+            "measurement-reminder.xml", {"Site.MeasureReminder"},
+            "[Orvane.tool('Site.MeasureReminder').checked, Orvane.tool('Site.MeasureReminder').text].join()"),
+        QStringLiteral("true,Reminding"));
+}
+
+void tst_tool_examples::layoutIsSwitched()
+{
+    const QByteArray viewers =
+        "['1', '2', '3', '4'].filter(function(id) { return Orvane.viewer(id); }).length + ' ' + "
+        "['1x1', '1x2', '2x2'].filter(function(l) { return Orvane.tool('Viewers.Layout' + l).checked; })";
+    QStringList steps;
+    for (int count = 0; count < 4; ++count)
+        steps.append(probe("layout-switcher.xml", QStringList(count, "Site.NextLayout"), viewers));
+    QCOMPARE(steps, QStringList({"1 1x1", "2 1x2", "4 2x2", "1 1x1"}));
+    // The tool of the layout that is there stays on.
+    QCOMPARE(probe("layout-switcher.xml", {"Viewers.Layout1x2", "Viewers.Layout1x2"}, viewers),
+             QStringLiteral("2 1x2"));
+}
+
 void tst_tool_examples::examplesWorkWithoutStudies_data()
 {
     QTest::addColumn<QString>("file");
@@ -165,6 +207,8 @@ void tst_tool_examples::examplesWorkWithoutStudies_data()
                           << "Site.CopyPatient";
     QTest::newRow("prior") << "prior-finder.xml"
                            << "Site.FindPrior";
+    QTest::newRow("layout") << "layout-switcher.xml"
+                            << "Site.NextLayout";
     QTest::newRow("report") << "report-template.xml"
                             << "Site.ReportTemplate";
 }

@@ -1,6 +1,7 @@
 // kyrun: runs a script with the objects of the workstation, without a window.
 
 #include "KyRunConsole.h"
+#include "KyRunHints.h"
 #include "KyRunOptions.h"
 #include "KyRunOutput.h"
 #include "KyRunTools.h"
@@ -201,10 +202,12 @@ int runOnPlatform(const KyRunOptions& inOptions, const QString& inSource, RnLogS
         getTheLogInstance().tracef(2, "Studies", "%s", warning.toUtf8().constData());
     std::optional<KyViewerLayout> viewers;
     std::vector<std::shared_ptr<KyTool>> tools;
+    std::optional<KyRunHints> hints;
     if (loaded.primary > 0) {
         viewers.emplace(KySeriesVolume::Reading::OnDemand);
         viewers->fill(KySessionContext::currentInstance()->component<KyLoadHelper>(true)->primaryExams());
         tools = KyViewerTools::make(*viewers);
+        hints.emplace(*viewers);
     }
     QString badTool = KyRunTools::load(inOptions.host.toolFiles);
     if (badTool.isEmpty())
