@@ -235,6 +235,10 @@ Auftragsnummern hier: %2</translation>
         <source>&amp;Tool Bar</source>
         <translation>&amp;Werkzeugleiste</translation>
     </message>
+    <message>
+        <source>&amp;Session Log</source>
+        <translation>&amp;Sitzungsprotokoll</translation>
+    </message>
 </context>
 <context>
     <name>KyPropertyEditor</name>
@@ -299,6 +303,17 @@ Auftragsnummern hier: %2</translation>
     <message>
         <source>Underlined</source>
         <translation>Unterstrichen</translation>
+    </message>
+</context>
+<context>
+    <name>KyScriptDialog</name>
+    <message>
+        <source>Text</source>
+        <translation>Text</translation>
+    </message>
+    <message>
+        <source>Input</source>
+        <translation>Eingabe</translation>
     </message>
 </context>
 <context>
@@ -442,6 +457,25 @@ Auftragsnummern hier: %2</translation>
     <message>
         <source>Evaluate</source>
         <translation>Auswerten</translation>
+    </message>
+</context>
+<context>
+    <name>KySessionLogPane</name>
+    <message>
+        <source>There is no session log.</source>
+        <translation>Es gibt kein Sitzungsprotokoll.</translation>
+    </message>
+    <message>
+        <source>These lines are not kept in a file.</source>
+        <translation>Diese Zeilen werden in keiner Datei aufbewahrt.</translation>
+    </message>
+    <message>
+        <source>Open Fil&amp;e</source>
+        <translation>Dat&amp;ei öffnen</translation>
+    </message>
+    <message>
+        <source>Open the file that keeps the session log</source>
+        <translation>Die Datei öffnen, die das Sitzungsprotokoll aufbewahrt</translation>
     </message>
 </context>
 <context>
