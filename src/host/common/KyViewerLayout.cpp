@@ -21,8 +21,9 @@ struct Shape
     int columns;
 };
 
-constexpr Shape shapes[] = {
-    {"1x1", "One Viewer", 1, 1}, {"1x2", "Two Viewers Side by Side", 1, 2}, {"2x2", "Four Viewers", 2, 2}};
+constexpr Shape shapes[] = {{"1x1", QT_TRANSLATE_NOOP("KyViewerLayout", "One Viewer"), 1, 1},
+                            {"1x2", QT_TRANSLATE_NOOP("KyViewerLayout", "Two Viewers Side by Side"), 1, 2},
+                            {"2x2", QT_TRANSLATE_NOOP("KyViewerLayout", "Four Viewers"), 2, 2}};
 
 const Shape* shapeOf(const QString& inKey)
 {
@@ -79,8 +80,10 @@ void KyViewerLayout::registerProperties()
         for (int i = 0; i < int(std::size(shapes)); ++i)
             OvEnum::registerValue(EnumName, std::make_unique<LayoutValue>(i));
         OvEnum::registerEnum(EnumName);
-        OvTranslationProperty::translate("Viewers", "Viewers", nullptr);
-        OvTranslationProperty::translate(PropertyId, "Layout", nullptr);
+        OvTranslationProperty::translate("Viewers", QT_TRANSLATE_NOOP("OvTranslationProperty", "Viewers"),
+                                         nullptr);
+        OvTranslationProperty::translate(PropertyId, QT_TRANSLATE_NOOP("OvTranslationProperty", "Layout"),
+                                         nullptr);
         OvPropertyPool::addRegisterProperties([](OvPropertyPool& ioPool) {
             ioPool.property<Layout>(PropertyId, Layout(), ioPool.defaultSerializer());
         });

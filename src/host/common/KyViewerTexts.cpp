@@ -6,17 +6,11 @@
 #include <ovbase/OvDateFormatter.h>
 #include <ovwebservice/DicomHeader.h>
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QLocale>
 
 #include <cmath>
 
 namespace {
-
-QString tr(const char* inText)
-{
-    return QCoreApplication::translate("KyViewerTexts", inText);
-}
 
 void add(QStringList& ioLines, const QString& inLine)
 {
@@ -59,13 +53,13 @@ QString orientationName(OvSlice::Orientation inOrientation)
 {
     switch (inOrientation) {
     case OvSlice::Axial:
-        return tr("axial");
+        return KyViewerTexts::tr("axial");
     case OvSlice::Sagittal:
-        return tr("sagittal");
+        return KyViewerTexts::tr("sagittal");
     case OvSlice::Coronal:
-        return tr("coronal");
+        return KyViewerTexts::tr("coronal");
     case OvSlice::Oblique:
-        return tr("oblique");
+        return KyViewerTexts::tr("oblique");
     case OvSlice::Unknown:
         break;
     }
@@ -76,7 +70,8 @@ void addPlane(const KyImageViewer& inViewer, KyViewerTexts& outTexts)
 {
     const OvPlane plane = inViewer.imageSlice()->plane();
     const OvVolumeContent& content = plane.content();
-    outTexts.lowerLeft += (content.geometry().isVolume() ? tr("Slice %1 / %2") : tr("Image %1 / %2"))
+    outTexts.lowerLeft += (content.geometry().isVolume() ? KyViewerTexts::tr("Slice %1 / %2")
+                                                         : KyViewerTexts::tr("Image %1 / %2"))
                               .arg(plane.number() + 1)
                               .arg(inViewer.planeCount());
     QString place = orientationName(plane.orientation());
@@ -92,7 +87,8 @@ void addPlane(const KyImageViewer& inViewer, KyViewerTexts& outTexts)
     add(outTexts.lowerLeft, place);
     if (!content.image(plane.image() < 0 ? 0 : plane.image()).isColour()) {
         const OvWindow window = inViewer.window(0);
-        outTexts.lowerLeft += tr("C %1  W %2").arg(number(window.centre), number(window.width));
+        outTexts.lowerLeft +=
+            KyViewerTexts::tr("C %1  W %2").arg(number(window.centre), number(window.width));
     }
     outTexts.left = OvPlane::letters(plane.right() * -1);
     outTexts.right = OvPlane::letters(plane.right());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -8,6 +9,9 @@ class KyImageViewer;
 /// What stands over the images of a viewer. A value.
 struct KyViewerTexts
 {
+    Q_DECLARE_TR_FUNCTIONS(KyViewerTexts)
+
+public:
     QStringList upperLeft;  ///< The patient.
     QStringList upperRight; ///< The study and the series.
     QStringList lowerLeft;  ///< The plane, its place and the window.
