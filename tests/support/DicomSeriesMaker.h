@@ -45,7 +45,7 @@ struct DicomSeriesMaker
         QStringList texts;
         for (const double number : inNumbers)
             texts += QString::number(number, 'g', 10);
-        return texts.join('\\').toStdString();
+        return texts.join(QLatin1Char('\\')).toStdString();
     }
 
     static void put(DcmDataset& ioSet, const DcmTagKey& inKey, const std::string& inText)
@@ -118,7 +118,7 @@ struct DicomSeriesMaker
             if (adjust)
                 adjust(i, *file.getDataset());
             paths +=
-                saveFile(file, QStringLiteral("%1/%2-%3.dcm").arg(inFolder, series.c_str()).arg(i), inSyntax);
+                saveFile(file, QStringLiteral("%1/%2-%3.dcm").arg(inFolder, QString::fromStdString(series)).arg(i), inSyntax);
         }
         return paths;
     }
