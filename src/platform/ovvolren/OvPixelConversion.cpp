@@ -131,8 +131,8 @@ void OvPixelConversion::noteRange(const OvImageInfo& inImage, OvPixels& ioPixels
     });
 }
 
-void OvPixelConversion::grey(const OvImageInfo& inImage, const std::vector<unsigned char>& inCells,
-                             int inSkippedBits, OvPixels& outPixels)
+void OvPixelConversion::grey(const OvImageInfo& inImage, const OvBytes& inCells, int inSkippedBits,
+                             OvPixels& outPixels)
 {
     const std::size_t count = pixelCount(inImage);
     prepare(inImage, outPixels);
@@ -148,6 +148,30 @@ void OvPixelConversion::grey(const OvImageInfo& inImage, const std::vector<unsig
         });
     }
     noteRange(inImage, outPixels);
+}
+
+bool OvPixelConversion::fitsInPlace(const OvImageInfo& inImage)
+{
+    return !inImage.modalityLut &&
+           inImage.format.bytesPerPixel() * 8 == std::size_t(inImage.coding.bitsAllocated);
+}
+
+void OvPixelConversion::greyInPlace(const OvImageInfo& inImage, OvPixels& ioPixels)
+{
+    const OvPixelCoding& coding = inImage.coding;
+    if (coding.bitsStored < coding.bitsAllocated) {
+        const StoredBits stored(coding);
+        withPixelType(inImage.format.type, [&](const auto* inType) {
+            using Pixel = std::remove_cvref_t<decltype(*inType)>;
+            if constexpr (std::is_integral_v<Pixel>) {
+                auto* pixels = ioPixels.as<Pixel>();
+                for (std::size_t i = 0; i < pixelCount(inImage); ++i)
+                    pixels[i] =
+                        static_cast<Pixel>(stored(static_cast<std::make_unsigned_t<Pixel>>(pixels[i])));
+            }
+        });
+    }
+    noteRange(inImage, ioPixels);
 }
 
 void OvPixelConversion::grey(const OvImageInfo& inImage, const std::vector<std::int32_t>& inValues,

@@ -58,8 +58,7 @@ std::uint64_t pixelCount(const OvImageInfo& inImage)
 }
 
 /// The range of \a ioElement, in bytes, in the machine's order.
-QString readPart(DcmElement& ioElement, std::uint64_t inFirst, std::uint64_t inCount,
-                 std::vector<unsigned char>& outBytes)
+QString readPart(DcmElement& ioElement, std::uint64_t inFirst, std::uint64_t inCount, OvBytes& outBytes)
 {
     const std::uint64_t length = ioElement.getLength();
     if (inFirst + inCount > length)
@@ -72,7 +71,7 @@ QString readPart(DcmElement& ioElement, std::uint64_t inFirst, std::uint64_t inC
 
 /// Words were brought into the machine's order; of numbers of 32 bits in big endian that leaves the first
 /// word, the high one, in the place of the low one.
-void swapWords(std::vector<unsigned char>& ioBytes)
+void swapWords(OvBytes& ioBytes)
 {
     auto* words = reinterpret_cast<std::uint16_t*>(ioBytes.data());
     for (std::size_t i = 0; i + 1 < ioBytes.size() / 2; i += 2)
@@ -265,7 +264,7 @@ QString OvPixelReader::Record::readFloats(const OvImageInfo& inImage, OvPixels& 
     DcmElement* element = nullptr;
     if (set().findAndGetElement(isDouble ? DCM_DoubleFloatPixelData : DCM_FloatPixelData, element).bad())
         return QStringLiteral("it has no pixels");
-    std::vector<unsigned char> bytes;
+    OvBytes bytes;
     const QString failed = readPart(*element, frameBytes * std::uint64_t(inImage.frame), frameBytes, bytes);
     if (!failed.isEmpty())
         return failed;
@@ -288,13 +287,19 @@ QString OvPixelReader::Record::readNativeGrey(DcmPixelData& ioData, const OvImag
     const std::uint64_t firstBit = frameBits * std::uint64_t(inImage.frame);
     const std::uint64_t first = firstBit / 8;
     const std::uint64_t count = (firstBit + frameBits + 7) / 8 - first;
-    std::vector<unsigned char> bytes;
+    const bool inPlace = OvPixelConversion::fitsInPlace(inImage);
+    OvBytes cells;
+    OvBytes& bytes = inPlace ? outPixels.bytes : cells;
     const QString failed = readPart(ioData, first, count, bytes);
     if (!failed.isEmpty())
         return failed;
     if (inImage.coding.bitsAllocated == 32 && syntax() == EXS_BigEndianExplicit)
         swapWords(bytes);
-    OvPixelConversion::grey(inImage, bytes, int(firstBit % 8), outPixels);
+    outPixels.format = inImage.format;
+    if (inPlace)
+        OvPixelConversion::greyInPlace(inImage, outPixels);
+    else
+        OvPixelConversion::grey(inImage, cells, int(firstBit % 8), outPixels);
     return QString();
 }
 
@@ -304,7 +309,7 @@ QString OvPixelReader::Record::readDecodedGrey(DcmPixelData& ioData, const OvIma
     const std::uint64_t count = pixelCount(inImage) * std::uint64_t(inImage.coding.bitsAllocated) / 8;
     if (count >= std::numeric_limits<Uint32>::max() || inImage.coding.bitsAllocated < 8)
         return QStringLiteral("its pixels are coded in an unknown way");
-    std::vector<unsigned char> bytes(count + count % 2);
+    OvBytes bytes(count + count % 2, 0);
     Uint32 fragment = 0;
     OFString model;
     const OFCondition result = ioData.getUncompressedFrame(&set(), Uint32(inImage.frame), fragment,

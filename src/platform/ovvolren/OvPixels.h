@@ -2,7 +2,35 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <new>
+#include <type_traits>
+#include <utility>
 #include <vector>
+
+/// Leaves elements that nobody gives a value as they are: what is read over at once need not be zero before.
+template <class T>
+struct OvUninitialised : std::allocator<T>
+{
+    template <class U>
+    struct rebind
+    {
+        using other = OvUninitialised<U>;
+    };
+
+    template <class U>
+    void construct(U* inPlace) noexcept(std::is_nothrow_default_constructible_v<U>)
+    {
+        ::new (static_cast<void*>(inPlace)) U;
+    }
+    template <class U, class... Args>
+    void construct(U* inPlace, Args&&... inArgs)
+    {
+        ::new (static_cast<void*>(inPlace)) U(std::forward<Args>(inArgs)...);
+    }
+};
+
+using OvBytes = std::vector<unsigned char, OvUninitialised<unsigned char>>;
 
 /// How the pixels of one image lie in memory: row by row, from the upper left, without gaps.
 struct OvPixelFormat
@@ -33,7 +61,7 @@ struct OvPixelFormat
 struct OvPixels
 {
     OvPixelFormat format;
-    std::vector<unsigned char> bytes;
+    OvBytes bytes;
 
     /// The least and the greatest value that is not padding; 0 and 0 in a colour image, or when all is
     /// padding.
