@@ -117,8 +117,9 @@ struct DicomSeriesMaker
             fill(i, *file.getDataset());
             if (adjust)
                 adjust(i, *file.getDataset());
-            paths +=
-                saveFile(file, QStringLiteral("%1/%2-%3.dcm").arg(inFolder, QString::fromStdString(series)).arg(i), inSyntax);
+            paths += saveFile(
+                file, QStringLiteral("%1/%2-%3.dcm").arg(inFolder, QString::fromStdString(series)).arg(i),
+                inSyntax);
         }
         return paths;
     }
