@@ -125,8 +125,8 @@ bool takeViewers(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& 
     inWindow.findChild<QTreeView*>("studyList")
         ->expand(inWindow.findChild<QTreeView*>("studyList")->model()->index(0, 0));
     inWindow.findChild<QSplitter*>("centralArea")->setSizes({190, 560});
-    inWindow.findChild<QWidget*>("logDock")->hide();
-    inWindow.findChild<QWidget*>("scriptOutputDock")->hide();
+    for (QDockWidget* dock : inWindow.findChildren<QDockWidget*>())
+        dock->hide();
     ioViewers.setLayout("2x2");
     for (int place = 0; place < 4; ++place)
         ioViewers.viewer(place)->open(place == 2 ? layer(0, 1) : layer(1, 0));
@@ -150,8 +150,13 @@ bool takeTools(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& in
     clickTool(inWindow, "Site.ReportTemplate");
     clickTool(inWindow, "Site.FindPrior");
     inWindow.resizeDocks({inWindow.findChild<QDockWidget*>("reportDock")}, {330}, Qt::Horizontal);
+    clickTool(inWindow, "Site.WorklistStatus");
+    settle();
+    QWidget* status = windowTitled("Worklist status");
+    status->move(inWindow.pos() + QPoint(120, 560));
     settle();
     const bool isOk = take(inWindow, inFolder.filePath("workstation-tools.png"));
+    status->close();
     inWindow.findChild<QDockWidget*>("reportDock")->close();
     return isOk;
 }

@@ -76,6 +76,8 @@ private slots:
     void reportIsWrittenByTheUserAndByScripts();
     void formatsOfTheReport_data();
     void formatsOfTheReport();
+    void reportEndsWithTheWorkOnThePatient_data();
+    void reportEndsWithTheWorkOnThePatient();
     void editorOutlivesTheWindow();
 
     void commandLineNamesToolFiles();
@@ -479,6 +481,27 @@ void tst_kyworkstation_tools::formatsOfTheReport()
     text->moveCursor(QTextCursor::Start);
     text->moveCursor(QTextCursor::Right);
     QVERIFY(format->isChecked());
+}
+
+void tst_kyworkstation_tools::reportEndsWithTheWorkOnThePatient_data()
+{
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("studies closed") << KyNotification::SessionClosed << "";
+    QTest::newRow("other patient") << KyNotification::PatientChanged << "";
+    QTest::newRow("something else") << KyNotification::PropertyChanged << "about Doe";
+}
+
+void tst_kyworkstation_tools::reportEndsWithTheWorkOnThePatient()
+{
+    QFETCH(int, code);
+    QFETCH(QString, text);
+    QTextDocument& report = mPlatform->reportEditor().document();
+    report.setPlainText("about Doe");
+    KyNotifiable::notify(KyNotification(code));
+    QCOMPARE(report.toPlainText(), text);
+    report.undo();
+    QCOMPARE(report.toPlainText(), QStringLiteral("about Doe"));
 }
 
 void tst_kyworkstation_tools::editorOutlivesTheWindow()

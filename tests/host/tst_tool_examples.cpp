@@ -23,6 +23,7 @@ private slots:
     void reportOfTheUserStays();
     void reminderIsShownAndTakenAway();
     void layoutIsSwitched();
+    void statusIsShown();
     void examplesWorkWithoutStudies_data();
     void examplesWorkWithoutStudies();
 
@@ -86,7 +87,7 @@ void tst_tool_examples::everyExampleIsWellMade_data()
 {
     QTest::addColumn<QString>("file");
     const QStringList files = QDir(TOOLS).entryList({"*.xml"}, QDir::Files);
-    QCOMPARE(files.size(), 5);
+    QCOMPARE(files.size(), 6);
     for (const QString& file : files)
         QTest::newRow(qPrintable(file)) << file;
 }
@@ -199,6 +200,15 @@ void tst_tool_examples::layoutIsSwitched()
              QStringLiteral("2 1x2"));
 }
 
+void tst_tool_examples::statusIsShown()
+{
+    const QString text = probe("worklist-status.xml", {"Site.WorklistStatus", "Site.WorklistStatus"},
+                               "statusBox.title() + '|' + statusBox.fieldText('plaintext')");
+    QVERIFY2(text.startsWith("Worklist status|") && text.contains("CT Thorax nativ, Erstuntersuchung") &&
+                 text.contains("completed") && text.contains("scheduled"),
+             qPrintable(text));
+}
+
 void tst_tool_examples::examplesWorkWithoutStudies_data()
 {
     QTest::addColumn<QString>("file");
@@ -209,6 +219,8 @@ void tst_tool_examples::examplesWorkWithoutStudies_data()
                            << "Site.FindPrior";
     QTest::newRow("layout") << "layout-switcher.xml"
                             << "Site.NextLayout";
+    QTest::newRow("status") << "worklist-status.xml"
+                            << "Site.WorklistStatus";
     QTest::newRow("report") << "report-template.xml"
                             << "Site.ReportTemplate";
 }

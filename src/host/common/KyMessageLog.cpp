@@ -30,10 +30,11 @@ bool isHandlerError(const QString& inText)
     return form.match(inText).hasMatch();
 }
 
-/// A machine without a user session is normal for a program that scripts start.
+/// A machine without a user session or a display is normal for a program that scripts start.
 bool isRoutine(const QString& inText)
 {
-    return inText.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"));
+    return inText.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set")) ||
+           inText.startsWith(QLatin1String("This plugin does not support "));
 }
 
 void handle(QtMsgType inType, const QMessageLogContext&, const QString& inText)

@@ -25,6 +25,20 @@ void KyReportEditor::open()
         mOpener();
 }
 
+void KyReportEditor::addNotifications()
+{
+    for (const int code : {KyNotification::SessionClosed, KyNotification::PatientChanged})
+        KyNotifiables::getInstance()->addNotification(this, KyNotification(code));
+}
+
+/// What was written about one patient must not stand in the report of the next.
+void KyReportEditor::notified(const KyNotification&)
+{
+    QTextCursor all(&mDocument);
+    all.select(QTextCursor::Document);
+    all.removeSelectedText();
+}
+
 KyReportScript::KyReportScript()
 {
     QJSEngine::setObjectOwnership(this, QJSEngine::CppOwnership);

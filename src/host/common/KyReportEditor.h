@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kybase/KyEditor.h>
+#include <kybase/KyNotifiable.h>
 
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
@@ -11,7 +12,8 @@
 /// The editor of the report: one document, which the user writes and scripts fill.
 ///
 /// It is the editor with the key "Report". A host with windows shows its document and sets what opens it.
-class KyReportEditor final : public KyEditor
+/// With the end of the work on a patient the report is emptied, in a way that the user can undo.
+class KyReportEditor final : public KyEditor, private KyNotifiable
 {
 public:
     static constexpr const char* Key = "Report";
@@ -30,6 +32,9 @@ public:
     void open() override;
 
 private:
+    void addNotifications() override;
+    void notified(const KyNotification& inNotification) override;
+
     QTextDocument mDocument;
     std::function<void()> mOpener;
 };
