@@ -97,6 +97,13 @@ KySettingsTree::KySettingsTree(QWidget* inParent)
     follow();
 }
 
+/// The end of its parts must not be heard as a scrolling, or as a way of the focus.
+KySettingsTree::~KySettingsTree()
+{
+    disconnect(verticalScrollBar(), nullptr, this, nullptr);
+    disconnect(qApp, nullptr, this, nullptr);
+}
+
 void KySettingsTree::follow()
 {
     OvPropertyPool* pool = OvPropertyPool::instance();

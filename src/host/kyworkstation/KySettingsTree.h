@@ -21,6 +21,7 @@ class KySettingsTree : public QTreeWidget
 
 public:
     explicit KySettingsTree(QWidget* inParent);
+    ~KySettingsTree() override;
 
     /// Shows only groups and properties whose label has \a inText in it, with what is above and below them;
     /// everything for the empty text.
