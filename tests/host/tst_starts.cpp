@@ -341,6 +341,8 @@ void tst_starts::settingsThatCannotBeWrittenKeepTheOldValues()
     if (obstacle == "rights") {
         QFile::setPermissions(settings(), QFile::Permissions(0x4444));
         QFile::setPermissions(settings() + ".lock", QFile::Permissions(0x4444));
+        // The session log tells for itself when it can't be written.
+        QFile::setPermissions(mProfile->filePath("session.log"), QFile::Permissions(0x6666));
         QFile::setPermissions(mProfile->path(), QFile::Permissions(0x7777));
     }
     program.setChildProcessModifier([&] {
