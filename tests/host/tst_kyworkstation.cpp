@@ -19,6 +19,7 @@
 #include <ovbase/OvEnum.h>
 #include <ovbase/OvPropertyPool.h>
 #include <ovbase/OvTranslationProperty.h>
+#include <ovwebservice/FolderStudySource.h>
 #include <rnlib/RnLogFile.h>
 
 #include <QAction>
@@ -40,16 +41,20 @@
 #include <QProcess>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QSemaphore>
 #include <QSpinBox>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextEdit>
+#include <QThread>
 #include <QToolButton>
 #include <QTreeView>
 #include <QTreeWidget>
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <thread>
 
@@ -152,6 +157,7 @@ private:
     QTreeView& studyList() { return *mWindow->findChild<QTreeView*>("studyList"); }
     QString cell(int inRow, int inColumn);
     void waitForStudies(int inCount);
+    void readWith(const std::function<void(int)>& inBeforeProgress);
     QString message() { return mWindow->findChild<QLabel*>("loadResult")->text(); }
     QString scriptOutput() { return mWindow->findChild<QTextEdit*>("scriptOutputText")->toPlainText(); }
     /// The action of the menus whose text, without mnemonics, is this.
@@ -318,6 +324,18 @@ void tst_kyworkstation::waitForStudies(int inCount)
     QTRY_COMPARE_WITH_TIMEOUT(studyList().model()->rowCount(), inCount, 20'000);
 }
 
+/// Folders are read with \a inBeforeProgress called in the reader's thread ahead of each file's progress.
+void tst_kyworkstation::readWith(const std::function<void(int)>& inBeforeProgress)
+{
+    mWindow->findChild<KyStudyLoader*>()->setReader(
+        [inBeforeProgress](const QString& folder, const Ovg::StudySource::Progress& progress) {
+            return Ovg::FolderStudySource(folder).load([&](int done, int total) {
+                inBeforeProgress(done);
+                return progress(done, total);
+            });
+        });
+}
+
 QAction& tst_kyworkstation::action(const QString& inText)
 {
     for (QAction* found : mWindow->findChildren<QAction*>()) {
@@ -440,6 +458,7 @@ void tst_kyworkstation::windowRespondsWhileStudiesAreRead()
     QTimer timer;
     connect(&timer, &QTimer::timeout, this, [&] { ++turns; });
     timer.start(0);
+    readWith([](int) { QThread::msleep(2); });
     mWindow->openFolder(mSample);
     QVERIFY(mWindow->findChild<QProgressBar*>("progress")->isVisible());
     QVERIFY(mWindow->findChild<QToolButton*>("cancelLoading")->isVisible());
@@ -483,6 +502,11 @@ void tst_kyworkstation::progressGoesUpToTheNumberOfFiles()
         QVERIFY(progress->isVisible());
         QCOMPARE(progress->minimum(), 0);
     });
+    // Rests are longer than the time between two signals of a QFutureWatcher.
+    readWith([](int done) {
+        if (done == 500 || done == 1000 || done == 1500)
+            QThread::msleep(100);
+    });
     mWindow->openFolder(manyFiles());
     // It does not know yet.
     QVERIFY(progress->isVisible());
@@ -519,13 +543,17 @@ void tst_kyworkstation::loadingIsCancelledInItsMidst()
         else
             QTest::mouseClick(cancel, Qt::LeftButton);
     });
-    // On a busy machine the window may hear of the first file when the last one is read.
-    for (int i = 0; i < 20 && (cancelledAt == 0 || cancelledAt == sManyFiles); ++i) {
-        action("Close All Studies").trigger();
-        cancelledAt = 0;
-        mWindow->openFolder(manyFiles());
-        QTRY_VERIFY_WITH_TIMEOUT(!cancel->isVisible(), 60'000);
-    }
+    // In the middle the reader rests until the user has cancelled.
+    const auto cancelled = std::make_shared<QSemaphore>();
+    connect(progress, &QProgressBar::valueChanged, cancel, [cancelled] { cancelled->release(); });
+    readWith([cancelled](int done) {
+        if (done == sManyFiles / 2)
+            QThread::msleep(100);
+        if (done == sManyFiles / 2 + 1)
+            cancelled->tryAcquire(1, 30'000);
+    });
+    mWindow->openFolder(manyFiles());
+    QTRY_VERIFY_WITH_TIMEOUT(!cancel->isVisible(), 60'000);
     QVERIFY2(cancelledAt > 0 && cancelledAt < sManyFiles, qPrintable(QString::number(cancelledAt)));
     QCOMPARE(message(), QStringLiteral("Loading was cancelled"));
     QCOMPARE(studyList().model()->rowCount(), 0);
@@ -533,6 +561,7 @@ void tst_kyworkstation::loadingIsCancelledInItsMidst()
 
     // The list and the bar are ready for the next folder.
     progress->disconnect(cancel);
+    readWith([](int) {});
     mWindow->openFolder(mSample);
     waitForStudies(sSampleStudies);
     QTRY_VERIFY(!progress->isVisible());

@@ -9,20 +9,27 @@
 
 namespace {
 
-void readFolder(QPromise<Ovg::StudySourceResult>& ioPromise, const QString& inFolder)
+Ovg::StudySourceResult readStudies(const QString& inFolder, const Ovg::StudySource::Progress& inProgress)
+{
+    return Ovg::FolderStudySource(inFolder).load(inProgress);
+}
+
+void readFolder(QPromise<Ovg::StudySourceResult>& ioPromise, const KyStudyLoader::Reader& inReader,
+                const QString& inFolder)
 {
     const auto progress = [&](int done, int total) {
         ioPromise.setProgressRange(0, total);
         ioPromise.setProgressValue(done);
         return !ioPromise.isCanceled();
     };
-    ioPromise.addResult(Ovg::FolderStudySource(inFolder).load(progress));
+    ioPromise.addResult(inReader(inFolder, progress));
 }
 
 } // namespace
 
 KyStudyLoader::KyStudyLoader(QObject* inParent)
     : QObject(inParent)
+    , mReader(readStudies)
 {
     mThread.setMaxThreadCount(1);
     using Watcher = QFutureWatcherBase;
@@ -52,12 +59,17 @@ void KyStudyLoader::cancel()
     mWatcher.cancel();
 }
 
+void KyStudyLoader::setReader(const Reader& inReader)
+{
+    mReader = inReader;
+}
+
 void KyStudyLoader::startNext()
 {
     mIsLoading = true;
     mCurrent = mJobs.dequeue();
     Q_EMIT started(mCurrent.folder);
-    mWatcher.setFuture(QtConcurrent::run(&mThread, readFolder, mCurrent.folder));
+    mWatcher.setFuture(QtConcurrent::run(&mThread, readFolder, mReader, mCurrent.folder));
 }
 
 void KyStudyLoader::jobFinished()

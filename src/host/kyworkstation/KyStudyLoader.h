@@ -7,6 +7,8 @@
 #include <QtCore/QQueue>
 #include <QtCore/QThreadPool>
 
+#include <functional>
+
 /// Reads folders of studies in a thread of its own, one after the other.
 ///
 /// Made by the main window; its end cancels and waits for the folder that is being read. GUI thread only:
@@ -22,6 +24,10 @@ public:
         Additional
     };
 
+    /// Reads one folder, in the loader's thread; tells the files read, and stops when told so by false.
+    using Reader = std::function<Ovg::StudySourceResult(const QString& inFolder,
+                                                        const Ovg::StudySource::Progress& inProgress)>;
+
     explicit KyStudyLoader(QObject* inParent);
     ~KyStudyLoader() override;
 
@@ -32,6 +38,9 @@ public:
     void cancel();
 
     bool isLoading() const { return mIsLoading; }
+
+    /// Folders asked for from now on are read by \a inReader. Without one, as FolderStudySource does.
+    void setReader(const Reader& inReader);
 
 Q_SIGNALS:
     void started(const QString& inFolder);
@@ -52,6 +61,7 @@ private:
     void startNext();
     void jobFinished();
 
+    Reader mReader;
     QThreadPool mThread;
     QQueue<Job> mJobs;
     Job mCurrent;
