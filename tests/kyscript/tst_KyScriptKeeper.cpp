@@ -50,6 +50,75 @@ private slots:
         QVERIFY(!mObject);
     }
 
+    /// Qt forgets a second deleteLater() of an object for which anything else is waiting.
+    void deletionIsNotLostBehindOtherEvents()
+    {
+        {
+            const KyScriptKeeper::Scope scope(mKeeper);
+            mObject->deleteLater();
+            flush();
+            QCoreApplication::postEvent(mObject, new QEvent(QEvent::User));
+        }
+        flush();
+        QVERIFY(!mObject);
+    }
+
+    void deletionWaitsForAnotherHandling()
+    {
+        {
+            const KyScriptKeeper::Scope scope(mKeeper);
+            mObject->deleteLater();
+            flush();
+        }
+        {
+            const KyScriptKeeper::Scope scope(mKeeper);
+            flush();
+            QVERIFY(mObject);
+        }
+        QVERIFY(mObject);
+        flush();
+        QVERIFY(!mObject);
+    }
+
+    /// What ends a handling may be inside other functions, which go on after a loop of their own.
+    void deletionWaitsForTheLoopThatItBelongsTo()
+    {
+        QEventLoop outer;
+        bool isThere = false;
+        QTimer::singleShot(0, &outer, [&] {
+            {
+                const KyScriptKeeper::Scope scope(mKeeper);
+                QEventLoop inner;
+                QTimer::singleShot(0, mObject, [&] {
+                    mObject->deleteLater();
+                    inner.quit();
+                });
+                inner.exec();
+                flush();
+            }
+            QEventLoop later;
+            QTimer::singleShot(5, &later, &QEventLoop::quit);
+            later.exec();
+            isThere = !mObject.isNull();
+            outer.quit();
+        });
+        outer.exec();
+        QVERIFY(isThere);
+        QTRY_VERIFY(!mObject);
+    }
+
+    void objectMayEndAtOnceWhileItsDeletionWaits()
+    {
+        {
+            const KyScriptKeeper::Scope scope(mKeeper);
+            mObject->deleteLater();
+            flush();
+        }
+        delete mObject;
+        flush();
+        QVERIFY(!mKeeper);
+    }
+
     void objectThatNobodyDeletesStays()
     {
         {

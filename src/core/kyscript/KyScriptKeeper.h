@@ -31,6 +31,11 @@ public:
     };
 
 private:
+    class Deletion;
+
+    /// Whether a deletion that is due now has to wait, which is then kept in mind.
+    bool isToWait();
+
     int mDepth = 0;
     bool mIsDue = false;
 };
