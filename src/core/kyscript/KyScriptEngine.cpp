@@ -1,5 +1,6 @@
 #include "KyScriptEngine.h"
 
+#include "KyScriptAuthToken.h"
 #include "KyScriptConstructible.h"
 #include "KyScriptDialog.h"
 #include "KyScriptExternalMetaObject.h"
@@ -18,6 +19,7 @@
 #include "KyScriptPrintBuffer.h"
 #include "KyScriptProgram.h"
 #include "KyScriptRunLog.h"
+#include "KyScriptServer.h"
 #include "KyScriptStudy.h"
 #include "KyScriptSystem.h"
 #include "KyScriptTimer.h"
@@ -79,6 +81,8 @@ void KyScriptEngine::installGlobals()
         mStudyList = addInstance<KyScriptStudyList>("StudyList");
     if (mOptions & ScriptMessage)
         mMessage = addInstance<KyScriptMessage>("Message");
+    if (mOptions & ScriptServer)
+        mServer = addInstance<KyScriptServer>("Server");
     if (mOptions & ScriptSystem)
         mSystem = addInstance<KyScriptSystem>("System");
     if (mOptions & ScriptUrl)
@@ -96,6 +100,8 @@ void KyScriptEngine::installGlobals()
         addGlobalObjectFromMetaObject<KyScriptFileDialog>(*this, QStringLiteral("FileDialog"));
     if (mOptions & ScriptHttpRequest)
         addGlobalObjectFromMetaObject<KyScriptHttpRequest>(*this, QStringLiteral("HttpRequest"));
+    if (mOptions & ScriptAuthToken)
+        addGlobalObjectFromMetaObject<KyScriptAuthToken>(*this, QStringLiteral("AuthToken"));
     if (mOptions & ScriptDialog)
         addGlobalObjectFromMetaObject<KyScriptDialog>(*this, QStringLiteral("Dialog"));
     if (mOptions & ScriptIdGenerator)

@@ -15,6 +15,7 @@ class KyScriptGlobalLink;
 class KyScriptMessage;
 class KyScriptOrvane;
 class KyScriptProgram;
+class KyScriptServer;
 class KyScriptStudyList;
 class KyScriptSystem;
 class KyScriptUrl;
@@ -108,6 +109,7 @@ protected:
 
 private:
     friend class KyScriptInterface;
+    friend class KyScriptOrvane;
     friend class KyScriptRunner;
 
     class PendingError;
@@ -129,6 +131,7 @@ private:
     KyScriptOrvane* mOrvane = nullptr;
     KyScriptStudyList* mStudyList = nullptr;
     KyScriptMessage* mMessage = nullptr;
+    KyScriptServer* mServer = nullptr;
     KyScriptSystem* mSystem = nullptr;
     KyScriptUrl* mUrl = nullptr;
     KyScriptWebSocketServer* mWebSocketServer = nullptr;

@@ -5,20 +5,23 @@
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
 #include <QtCore/QVariant>
+#include <QtQml/QJSValue>
 
 #include <map>
 
 class KyBaseViewer;
 class KyScriptViewer;
+class QJSEngine;
 
 /// The global `Orvane`: a script's handle on the running application. Owned by the engine.
 ///
 /// Every operation is a synchronous translation between script values and the platform. What is asked for and
 /// isn't there raises no script error and writes no log line: each operation has a neutral result, named with
-/// it. Keys, ids and commands go to the platform in Latin-1. GUI thread only.
+/// it. The one exception is a stored procedure that fails. Keys, ids and commands go to the platform in
+/// Latin-1. GUI thread only.
 ///
 /// Its subjects have a source each: KyScriptOrvane.cpp for tools, viewers, session and server, and
-/// KyScriptOrvaneProperties.cpp and so on for the others.
+/// KyScriptOrvaneProperties.cpp, KyScriptOrvaneBackend.cpp and so on for the others.
 class KyScriptOrvane : public QObject
 {
     Q_OBJECT
@@ -115,6 +118,30 @@ public:
     /// it; those of all the application's settings for the empty path.
     Q_INVOKABLE QStringList registryKeys(const QString& inPath = QString()) const;
 
+    // Backend. A method of a class on the backend is called at once and answers later; the database is asked
+    // while the script waits.
+
+    /// Runs a stored procedure with named parameters and gives its rows: a list with a list of values for
+    /// each row, empty when there are none. A parameter that is null or undefined is NULL, any other one its
+    /// text in Latin-1, empty where it has none. A column is a boolean, a number, a date or a text by its
+    /// type, and NULL is undefined; a whole number beyond 2 to the power of 53 is not exact. A failure throws
+    /// a script error with the database's message. So does a value that is no object, as a TypeError.
+    Q_INVOKABLE QVariant execStoredProcedure(QString procedureName, QJSValue parameters);
+    /// The same for C++. Invalid after a failure, which throws a script error where a script has called.
+    QVariant execStoredProcedure(const QString& procedureName, const QVariantMap& parameters);
+
+    /// Calls a method of a class on the backend. The parameters are a list, which crosses as JSON (RFC 8259);
+    /// what that can't say is null. One of the two functions is called from the event loop: \a onSuccess with
+    /// the result, undefined when there is none or when it is no JSON, or \a onError with a message. What is
+    /// no function is not called, and what one throws is dropped. A value that is no list is a TypeError, as
+    /// is one with more values than KyScriptVariant takes. Neutral: nothing happens.
+    Q_INVOKABLE void execScriptOnBackend(QString className, QString methodName, QJSValue parameters,
+                                         QJSValue onSuccess, QJSValue onError);
+    /// The same for C++. Without an engine a contract report "scriptEngine", and nothing happens.
+    void execScriptOnBackend(const QString& className, const QString& methodName,
+                             const QVariantList& parameters, const QJSValue& onSuccess,
+                             const QJSValue& onError);
+
     QStringList extAcc() const { return mExtAcc; }
     /// An equal list changes nothing.
     void setExtAcc(const QStringList& inExtAcc);
@@ -124,6 +151,7 @@ Q_SIGNALS:
     void extAccChanged();
 
 private:
+    static void callBack(QJSEngine& ioEngine, const QJSValue& inCallback, const QJSValue& inArgument);
     QObject* wrapped(KyBaseViewer* inViewer);
 
     // Scripts reach the list as a QVariant: Qt's own conversion to a QStringList ends the process at a
