@@ -185,12 +185,28 @@ void tst_KyScriptEngine::emptyMaskInstallsOnlyTheFourFunctions()
 void tst_KyScriptEngine::fullMaskInstallsEveryName()
 {
     Engine engine(-1);
-    QCOMPARE(
-        globalNames(engine),
-        QStringList({"Dialog",        "FileDialog", "FileWriter",     "Global",          "HttpRequest",
-                     "IdGenerator",   "Message",    "Orvane",         "StudyList",       "System",
-                     "Timer",         "Url",        "WebSocket",      "WebSocketServer", "WebSocketServerSSL",
-                     "XmlFileWriter", "btoa",       "collectGarbage", "guiDate",         "guiTime"}));
+    QCOMPARE(globalNames(engine), QStringList({"AuthToken",
+                                               "Dialog",
+                                               "FileDialog",
+                                               "FileWriter",
+                                               "Global",
+                                               "HttpRequest",
+                                               "IdGenerator",
+                                               "Message",
+                                               "Orvane",
+                                               "Server",
+                                               "StudyList",
+                                               "System",
+                                               "Timer",
+                                               "Url",
+                                               "WebSocket",
+                                               "WebSocketServer",
+                                               "WebSocketServerSSL",
+                                               "XmlFileWriter",
+                                               "btoa",
+                                               "collectGarbage",
+                                               "guiDate",
+                                               "guiTime"}));
 }
 
 void tst_KyScriptEngine::eachOptionInstallsItsName_data()
@@ -199,12 +215,14 @@ void tst_KyScriptEngine::eachOptionInstallsItsName_data()
     QTest::addColumn<QString>("name");
     QTest::newRow("Global") << 0x1 << "Global";
     QTest::newRow("Message") << 0x2 << "Message";
+    QTest::newRow("Server") << 0x4 << "Server";
     QTest::newRow("Orvane") << 0x8 << "Orvane";
     QTest::newRow("StudyList") << 0x10 << "StudyList";
     QTest::newRow("System") << 0x20 << "System";
     QTest::newRow("Url") << 0x40 << "Url";
     QTest::newRow("XmlFileWriter") << 0x80 << "XmlFileWriter";
     QTest::newRow("HttpRequest") << 0x100 << "HttpRequest";
+    QTest::newRow("AuthToken") << 0x200 << "AuthToken";
     QTest::newRow("FileWriter") << 0x400 << "FileWriter";
     QTest::newRow("WebSocket") << 0x1000 << "WebSocket";
     QTest::newRow("WebSocketServer") << 0x2000 << "WebSocketServer";
