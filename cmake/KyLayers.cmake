@@ -3,6 +3,7 @@
 # Libraries of one layer stand side by side and do not know each other.
 
 set(KY_LAYER_rnlib 0)
+set(KY_LAYER_rnwin 0)
 set(KY_LAYER_ovbase 1)
 set(KY_LAYER_jxbase 1)
 set(KY_LAYER_ovwebservice 1)
@@ -14,7 +15,7 @@ set(KY_LAYER_kyscript 5)
 set(KY_LAYER_kyhost 6)
 
 # In the order in which they are built.
-set(KY_PLATFORM_LIBRARIES rnlib ovbase jxbase ovwebservice ovvolren kyresources kybase kyreporttab)
+set(KY_PLATFORM_LIBRARIES rnlib rnwin ovbase jxbase ovwebservice ovvolren kyresources kybase kyreporttab)
 
 # Stops the configuration when TARGET would link one of LINKS upward or sideways.
 function(ky_check_layers target)

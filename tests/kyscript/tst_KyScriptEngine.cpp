@@ -185,28 +185,14 @@ void tst_KyScriptEngine::emptyMaskInstallsOnlyTheFourFunctions()
 void tst_KyScriptEngine::fullMaskInstallsEveryName()
 {
     Engine engine(-1);
-    QCOMPARE(globalNames(engine), QStringList({"AuthToken",
-                                               "Dialog",
-                                               "FileDialog",
-                                               "FileWriter",
-                                               "Global",
-                                               "HttpRequest",
-                                               "IdGenerator",
-                                               "Message",
-                                               "Orvane",
-                                               "Server",
-                                               "StudyList",
-                                               "System",
-                                               "Timer",
-                                               "Url",
-                                               "WebSocket",
-                                               "WebSocketServer",
-                                               "WebSocketServerSSL",
-                                               "XmlFileWriter",
-                                               "btoa",
-                                               "collectGarbage",
-                                               "guiDate",
-                                               "guiTime"}));
+    QCOMPARE(globalNames(engine), QStringList({"AuthToken",      "Dialog",          "FileDialog",
+                                               "FileWriter",     "Global",          "HttpRequest",
+                                               "IdGenerator",    "Message",         "Orvane",
+                                               "RichEditCtrl",   "Server",          "StudyList",
+                                               "System",         "Timer",           "Url",
+                                               "WebSocket",      "WebSocketServer", "WebSocketServerSSL",
+                                               "WordCtrl",       "XmlFileWriter",   "btoa",
+                                               "collectGarbage", "guiDate",         "guiTime"}));
 }
 
 void tst_KyScriptEngine::eachOptionInstallsItsName_data()
@@ -229,6 +215,8 @@ void tst_KyScriptEngine::eachOptionInstallsItsName_data()
     QTest::newRow("WebSocketServerSSL") << 0x2000 << "WebSocketServerSSL";
     QTest::newRow("FileDialog") << 0x4000 << "FileDialog";
     QTest::newRow("Timer") << 0x8000 << "Timer";
+    QTest::newRow("RichEditCtrl") << 0x20000 << "RichEditCtrl";
+    QTest::newRow("WordCtrl") << 0x10000 << "WordCtrl";
     QTest::newRow("IdGenerator") << 0x200000 << "IdGenerator";
     QTest::newRow("Dialog") << 0x400000 << "Dialog";
 }

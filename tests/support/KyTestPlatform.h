@@ -9,6 +9,7 @@
 #include <kybase/KyStudyMetrics.h>
 #include <kybase/KyViewerManager.h>
 #include <kybase/KyWorklistHelper.h>
+#include <kyreporttab/JxReport.h>
 #include <kyreporttab/KyReportLockStore.h>
 #include <kyresources/KyClientFacts.h>
 #include <ovbase/OvPropertyPool.h>
@@ -38,6 +39,7 @@ public:
     KyViewerManager viewers;
     KyStudyMetrics metrics;
     KySessionContext session;
+    JxReport reports;
 
     KyLoadHelper& loader() { return *session.component<KyLoadHelper>(true); }
 

@@ -18,6 +18,7 @@
 #include "KyScriptPendingError.h"
 #include "KyScriptPrintBuffer.h"
 #include "KyScriptProgram.h"
+#include "KyScriptRichEdit.h"
 #include "KyScriptRunLog.h"
 #include "KyScriptServer.h"
 #include "KyScriptStudy.h"
@@ -26,6 +27,7 @@
 #include "KyScriptUrl.h"
 #include "KyScriptWebSocket.h"
 #include "KyScriptWebSocketServer.h"
+#include "KyScriptWord.h"
 #include "KyScriptXmlFileWriter.h"
 
 #include <kybase/KyTool.h>
@@ -106,10 +108,14 @@ void KyScriptEngine::installGlobals()
         addGlobalObjectFromMetaObject<KyScriptDialog>(*this, QStringLiteral("Dialog"));
     if (mOptions & ScriptIdGenerator)
         addGlobalObjectFromMetaObject<KyScriptIdGenerator>(*this, QStringLiteral("IdGenerator"));
+    if (mOptions & ScriptWordCtrl)
+        addGlobalObjectFromMetaObject<KyScriptWord>(*this, QStringLiteral("WordCtrl"));
     if (mOptions & ScriptWebSocket)
         addGlobalObjectFromMetaObject<KyScriptWebSocket>(*this, QStringLiteral("WebSocket"));
     if (mOptions & ScriptTimer)
         addGlobalObjectFromMetaObject<KyScriptTimer>(*this, QStringLiteral("Timer"));
+    if (mOptions & ScriptRichEditCtrl)
+        addGlobalObjectFromMetaObject<KyScriptRichEdit>(*this, QStringLiteral("RichEditCtrl"));
 
     if (mOptions & ScriptGlobal)
         mGlobalObject.setProperty(QStringLiteral("Global"), newObject());

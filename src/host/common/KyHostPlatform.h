@@ -12,11 +12,14 @@
 #include <kybase/KyStudyMetrics.h>
 #include <kybase/KyViewerManager.h>
 #include <kybase/KyWorklistStore.h>
+#include <kyreporttab/JxReport.h>
 #include <kyreporttab/KyReportLockStore.h>
 #include <kyresources/KyClientFacts.h>
 #include <ovbase/OvPropertyPool.h>
 #include <ovbase/OvRegistry.h>
 #include <ovwebservice/StudySource.h>
+#include <rnwin/RnCom.h>
+#include <rnwin/RnWindows.h>
 
 #include <memory>
 
@@ -71,4 +74,7 @@ private:
     KyStudyMetrics mMetrics;
     KySessionContext mSession;
     KyReportEditor mReportEditor;
+    JxReport mReports;
+    const std::unique_ptr<RnWindows> mWindows = RnWindows::ofSystem();
+    const std::unique_ptr<RnCom> mCom = RnCom::ofSystem();
 };

@@ -1,0 +1,222 @@
+#include "KyScriptRichEditSearch.h"
+
+#include <rnlib/RnLogFile.h>
+
+#include <QtCore/QFileInfo>
+
+#include <vector>
+
+namespace {
+
+constexpr int PathCapacity = 260;
+constexpr int NameCapacity = 256;
+constexpr int ContentCapacity = 1025;
+
+struct KnownTarget
+{
+    KyScriptRichEditTarget target;
+    RnWindows::Window window = 0;
+};
+
+std::vector<KnownTarget>& knownTargetTable()
+{
+    static std::vector<KnownTarget> table;
+    return table;
+}
+
+KnownTarget& entryOf(const KyScriptRichEditTarget& inTarget)
+{
+    auto& table = knownTargetTable();
+    for (KnownTarget& known : table) {
+        if (known.target == inTarget)
+            return known;
+    }
+    table.push_back({inTarget, 0});
+    return table.back();
+}
+
+/// Matches whole strings, without any of the options that the expression was configured with.
+class WholeMatch
+{
+public:
+    explicit WholeMatch(const QRegularExpression& inExpression)
+        : mIsEmpty(inExpression.pattern().isEmpty())
+        , mExpression(QRegularExpression::anchoredPattern(inExpression.pattern()))
+        , mIsValid(mExpression.isValid())
+    {
+        if (!mIsEmpty && mIsValid)
+            mExpression.optimize();
+    }
+
+    /// Sets no condition.
+    bool isEmpty() const { return mIsEmpty; }
+
+    bool matches(const QString& inText) const { return mIsValid && mExpression.match(inText).hasMatch(); }
+    bool matches(const std::u16string& inText) const
+    {
+        return matches(
+            QString::fromRawData(reinterpret_cast<const QChar*>(inText.data()), qsizetype(inText.size())));
+    }
+
+private:
+    const bool mIsEmpty;
+    const QRegularExpression mExpression;
+    const bool mIsValid;
+};
+
+/// One walk over the windows of the desktop.
+class Search
+{
+public:
+    Search(RnWindows& inWindows, const KyScriptRichEditTarget& inTarget)
+        : mWindows(inWindows)
+        , mConvertCRLFToLF(inTarget.convertCRLFToLF)
+        , mProcessName(inTarget.processName)
+        , mWindowClassName(inTarget.windowClassName)
+        , mContentPattern(inTarget.contentPattern)
+        , mTopLevelWindowName(inTarget.topLevelWindowName)
+        , mParentWindowName(inTarget.parentWindowName)
+        , mWindowName(inTarget.windowName)
+    {}
+
+    RnWindows::Window run()
+    {
+        RnWindows::Window found = 0;
+        mWindows.enumWindows([&](RnWindows::Window inTopLevel) {
+            found = findIn(inTopLevel);
+            return found == 0;
+        });
+        return found;
+    }
+
+private:
+    RnWindows::Window findIn(RnWindows::Window inTopLevel)
+    {
+        if (!processFits(inTopLevel) || !titleFits(mTopLevelWindowName, inTopLevel))
+            return 0;
+        mDescendants.clear();
+        collectBelow(inTopLevel);
+        for (const RnWindows::Window window : mDescendants) {
+            if (controlFits(window))
+                return window;
+        }
+        return 0;
+    }
+
+    bool processFits(RnWindows::Window inTopLevel)
+    {
+        if (mProcessName.isEmpty())
+            return true;
+        const RnWindows::Process process =
+            mWindows.openProcess(RnWindows::QueryAndRead, mWindows.processId(inTopLevel));
+        if (!process)
+            return false;
+        const std::u16string path = mWindows.moduleFileName(process, PathCapacity);
+        mWindows.closeHandle(process);
+        // Paths of Windows, also where this system has other ones.
+        const QString normal = QString::fromStdU16String(path).replace(QLatin1Char('\\'), QLatin1Char('/'));
+        return mProcessName.matches(QFileInfo(normal).fileName());
+    }
+
+    bool titleFits(const WholeMatch& inExpression, RnWindows::Window inWindow)
+    {
+        if (inExpression.isEmpty())
+            return true;
+        const std::u16string title = mWindows.windowText(inWindow, NameCapacity);
+        return !title.empty() && inExpression.matches(title);
+    }
+
+    /// Each child is followed at once by what is below it.
+    void collectBelow(RnWindows::Window inParent)
+    {
+        for (RnWindows::Window child = mWindows.findWindowEx(inParent, 0); child;
+             child = mWindows.findWindowEx(inParent, child))
+        {
+            mDescendants.push_back(child);
+            collectBelow(child);
+        }
+    }
+
+    bool controlFits(RnWindows::Window inWindow)
+    {
+        if (!mWindowClassName.isEmpty() &&
+            !mWindowClassName.matches(mWindows.className(inWindow, NameCapacity)))
+            return false;
+        return titleFits(mWindowName, inWindow) && contentFits(inWindow) && parentFits(inWindow) &&
+               mWindows.isWindowVisible(inWindow);
+    }
+
+    bool contentFits(RnWindows::Window inWindow)
+    {
+        if (mContentPattern.isEmpty())
+            return true;
+        QString content = QString::fromStdU16String(mWindows.wideText(inWindow, ContentCapacity));
+        if (mConvertCRLFToLF)
+            content.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+        return mContentPattern.matches(content);
+    }
+
+    bool parentFits(RnWindows::Window inWindow)
+    {
+        if (mParentWindowName.isEmpty())
+            return true;
+        const RnWindows::Window parent = mWindows.parent(inWindow);
+        return parent && titleFits(mParentWindowName, parent);
+    }
+
+    RnWindows& mWindows;
+    const bool mConvertCRLFToLF;
+    const WholeMatch mProcessName;
+    const WholeMatch mWindowClassName;
+    const WholeMatch mContentPattern;
+    const WholeMatch mTopLevelWindowName;
+    const WholeMatch mParentWindowName;
+    const WholeMatch mWindowName;
+    std::vector<RnWindows::Window> mDescendants;
+};
+
+void logNotFound(const KyScriptRichEditTarget& inTarget)
+{
+    const auto pattern = [](const QRegularExpression& inExpression) {
+        return inExpression.pattern().toLatin1();
+    };
+    getTheLogInstance().tracef(
+        1, "KyScriptRichEdit",
+        "RichEdit not found (processName '%s', windowClassName '%s', contentPattern '%s', "
+        "topLevelWindowName '%s', parentWindowName '%s', windowName '%s', convertCRLFToLF '%s')",
+        pattern(inTarget.processName).constData(), pattern(inTarget.windowClassName).constData(),
+        pattern(inTarget.contentPattern).constData(), pattern(inTarget.topLevelWindowName).constData(),
+        pattern(inTarget.parentWindowName).constData(), pattern(inTarget.windowName).constData(),
+        inTarget.convertCRLFToLF ? "true" : "false");
+}
+
+bool canBeSearched(const KyScriptRichEditTarget& inTarget)
+{
+    return !inTarget.windowClassName.pattern().isEmpty() &&
+           !(inTarget.processName.pattern().isEmpty() && inTarget.topLevelWindowName.pattern().isEmpty());
+}
+
+} // namespace
+
+RnWindows::Window KyScriptRichEditSearch::find(const KyScriptRichEditTarget& inTarget)
+{
+    if (inTarget.ownEditor)
+        return 0;
+    KnownTarget& known = entryOf(inTarget);
+    RnWindows* windows = RnWindows::instance();
+    if (known.window && windows && windows->isWindow(known.window) && windows->isWindowVisible(known.window))
+        return known.window;
+    known.window = 0;
+    if (!canBeSearched(inTarget))
+        return 0;
+    const RnWindows::Window found = windows ? Search(*windows, inTarget).run() : 0;
+    if (!found)
+        logNotFound(inTarget);
+    entryOf(inTarget).window = found;
+    return found;
+}
+
+qsizetype KyScriptRichEditSearch::knownTargets()
+{
+    return qsizetype(knownTargetTable().size());
+}
