@@ -34,7 +34,12 @@ QString Peers::node()
 
 bool Peers::hasNode(const QString& inModule)
 {
-    return !node().isEmpty() && QFile::exists(QDir(PEER_MODULES).filePath(inModule));
+    return !node().isEmpty() && QFile::exists(fileOfModule(inModule));
+}
+
+QString Peers::fileOfModule(const QString& inName)
+{
+    return QDir(PEER_MODULES).filePath(inName);
 }
 
 QStringList Peers::nodeEnvironment()

@@ -21,6 +21,8 @@ public:
 
     static QString node();
     static bool hasNode(const QString& inModule);
+    /// The path of a file of such a module.
+    static QString fileOfModule(const QString& inName);
     /// The environment in which node finds its modules.
     static QStringList nodeEnvironment();
 
