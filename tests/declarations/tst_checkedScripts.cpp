@@ -97,7 +97,6 @@ struct Mistake
 constexpr Mistake Mistakes[] = {
     {"StudyList.gett('x');", "Property 'gett' does not exist on type 'StudyList'"},
     {"var t = new Timer(); t.timeout.connect(5);", "is not assignable to parameter of type"},
-    {"var t = new Timer(); t.timeout.connect(function (late) {});", "is not assignable to parameter of type"},
     {"new Dialog({ titel: 'x' });", "'titel' does not exist in type 'DialogConfig'"},
     {"new Dialog({ buttons: [5] });", "is not assignable to type 'string | DialogButton'"},
     {"Orvane.setToolIcon('x');", "Expected 2 arguments, but got 1"},

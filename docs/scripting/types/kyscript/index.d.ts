@@ -14,3 +14,4 @@
 /// <reference path="timers.d.ts" />
 /// <reference path="files.d.ts" />
 /// <reference path="web.d.ts" />
+/// <reference path="backend.d.ts" />
