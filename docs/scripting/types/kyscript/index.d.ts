@@ -15,3 +15,4 @@
 /// <reference path="files.d.ts" />
 /// <reference path="web.d.ts" />
 /// <reference path="backend.d.ts" />
+/// <reference path="report.d.ts" />
