@@ -183,8 +183,8 @@ QStringList tst_checkedScripts::compile(const QString& inFolder)
 {
     QProcess compiler;
     compiler.setWorkingDirectory(inFolder);
-    compiler.start(Peers::node(),
-                   QStringList{Peers::fileOfModule("typescript/bin/tsc"), "-p", "jsconfig.json", "--pretty", "false"});
+    compiler.start(Peers::node(), QStringList{Peers::fileOfModule("typescript/bin/tsc"), "-p",
+                                              "jsconfig.json", "--pretty", "false"});
     if (!compiler.waitForFinished(240000))
         return {"the compiler does not end"};
     const QString said =
