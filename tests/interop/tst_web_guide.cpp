@@ -15,6 +15,7 @@
 #include <QDesktopServices>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextEdit>
@@ -28,6 +29,7 @@ public slots:
 
 private slots:
     void initTestCase();
+    void thereAreNoOtherSamples();
     void init();
     void cleanup();
 
@@ -54,6 +56,23 @@ private:
 void tst_web_guide::initTestCase()
 {
     QVERIFY(!sample("Call a REST service", "js").isEmpty());
+}
+
+/// Those of REST, feed, feed with a certificate, and local page with its HTML: each has its test below.
+void tst_web_guide::thereAreNoOtherSamples()
+{
+    QFile file(GUIDE);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QStringList lines = QString::fromUtf8(file.readAll()).split('\n');
+    QCOMPARE(lines.filter(QRegularExpression("^```")).size(), 10);
+    QCOMPARE(lines.count("```js"), 4);
+    QCOMPARE(lines.count("```html"), 1);
+    for (const auto& [heading, language, place] :
+         {std::tuple("Call a REST service", "js", 0), std::tuple("Subscribe to a feed", "js", 0),
+          std::tuple("Subscribe to a feed", "js", 1),
+          std::tuple("Be controlled from a local web page", "js", 0),
+          std::tuple("Be controlled from a local web page", "html", 0)})
+        QVERIFY(!sample(heading, language, place).isEmpty());
 }
 
 void tst_web_guide::init()

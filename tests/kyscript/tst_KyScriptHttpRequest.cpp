@@ -55,6 +55,9 @@ private slots:
     void largeBodyIsWhole();
     void foreignReplyIsAContract();
     void noReplyIsNothing();
+    void replyDeletedByOthersIsAContract();
+    void signalSentByAScriptIsHarmless_data();
+    void signalSentByAScriptIsHarmless();
 
     // waiting
     void waitBelowOneReturnsAtOnce_data();
@@ -122,6 +125,22 @@ public:
         QTimer::singleShot(inMSecs, &loop, &QEventLoop::quit);
         loop.exec();
     }
+};
+
+/// Sees the manager of a request when that gets its first reply.
+class ManagerFinder : public QObject
+{
+public:
+    ManagerFinder() { qApp->installEventFilter(this); }
+
+    bool eventFilter(QObject* inWatched, QEvent* inEvent) override
+    {
+        if (inEvent->type() == QEvent::ChildAdded && !found)
+            found = qobject_cast<QNetworkAccessManager*>(inWatched);
+        return false;
+    }
+
+    QPointer<QNetworkAccessManager> found;
 };
 
 } // namespace
@@ -533,6 +552,60 @@ void tst_KyScriptHttpRequest::noReplyIsNothing()
     QCOMPARE(log.take(), QStringList());
 }
 
+/// Its place in the list is found empty when another answer comes.
+void tst_KyScriptHttpRequest::replyDeletedByOthersIsAContract()
+{
+    mServer->handle("/never", [](const auto&, QTcpSocket&) {});
+    ManagerFinder manager;
+    KyScriptHttpRequest request;
+    QSignalSpy spy(&request, &KyScriptHttpRequest::response);
+    request.get(mServer->url("/never"));
+    QVERIFY(manager.found);
+    const auto replies = manager.found->findChildren<QNetworkReply*>();
+    QCOMPARE(replies.size(), 1);
+    delete replies.constFirst();
+
+    mContracts->expect("removedNullCount == 0");
+    request.get(mServer->url("/hello"));
+    request.waitForFinished(20000);
+    QCOMPARE(spy.size(), 1);
+    // It is gone from the list: the next answer finds nothing to report.
+    request.get(mServer->url("/hello"));
+    request.waitForFinished(20000);
+    QCOMPARE(spy.size(), 2);
+}
+
+void tst_KyScriptHttpRequest::signalSentByAScriptIsHarmless_data()
+{
+    QTest::addColumn<QString>("arguments");
+    QTest::newRow("list with a symbol") << "[Symbol()], {}, 200";
+    QTest::newRow("map with a symbol") << "'', {a: Symbol()}, 200";
+    QTest::newRow("symbol deep inside") << "'', {a: [{b: Symbol('x')}]}, [[Symbol()]]";
+    QTest::newRow("symbols") << "Symbol(), Symbol(), Symbol()";
+    QTest::newRow("absurd length")
+        << "(function() { var a = []; a.length = 4294967295; return a; })(), {}, 1";
+    QTest::newRow("deep")
+        << "(function() { var n = []; for (var i = 0; i < 100000; ++i) n = [n]; return n; })(), {}, 1";
+    QTest::newRow("deep map")
+        << "'', (function() { var n = {}; for (var i = 0; i < 100000; ++i) n = {n: n}; return n; })(), 1";
+    QTest::newRow("cycle") << "'', (function() { var o = {}; o.o = o; return o; })(), 1";
+    QTest::newRow("throwing getter") << "'', {get a() { throw new Error('a'); }}, 1";
+    QTest::newRow("nothing") << "null, undefined, null";
+}
+
+void tst_KyScriptHttpRequest::signalSentByAScriptIsHarmless()
+{
+    QFETCH(QString, arguments);
+    QCOMPARE(text("var told = 0, request = new HttpRequest();"
+                  "request.response.connect(function(message, header, status) { told += arguments.length; });"
+                  "request.response(" +
+                  arguments + "); told"),
+             QString("3"));
+    text("request = make(); request.get(base + '/hello')");
+    QVERIFY(waitForAnswers(1));
+    QCOMPARE(text("answers"), QString("hello|200"));
+}
+
 void tst_KyScriptHttpRequest::waitBelowOneReturnsAtOnce_data()
 {
     QTest::addColumn<int>("msecs");
@@ -573,9 +646,9 @@ void tst_KyScriptHttpRequest::waitEndsWithTheLastAnswer()
     mServer->handle("/slow", [&](const auto&, QTcpSocket& ioSocket) { slow = &ioSocket; });
     KyScriptHttpRequest request;
     int handled = 0;
-    connect(&request, &KyScriptHttpRequest::response, this, [&](const QByteArray& inMessage) {
+    connect(&request, &KyScriptHttpRequest::response, this, [&](const QVariant& inMessage) {
         ++handled;
-        if (inMessage == "hello" && slow)
+        if (inMessage.toByteArray() == "hello" && slow)
             slow->write(LoopbackHttpServer::reply("200 OK", "slow"));
     });
     request.get(mServer->url("/slow"));

@@ -210,7 +210,15 @@ void tst_KyScriptWebSocket::slotsOfAFreshObjectAreHarmless()
     QCOMPARE(log.take(), QStringList({"1||WebSocket: Connected to ", "3||WebSocket: Diconnected from ",
                                       "1||WebSocket: received error code (3) form "}));
     QCOMPARE(text("messages"), QString("by hand"));
-    text("ws.onSslErrors([])");
+    for (const char* errors :
+         {"[]", "[Symbol()]", "[[{a: Symbol()}]]", "Symbol()", "null", "undefined, 1", "'x'", "ws",
+          "(function() { var a = []; a.length = 4294967295; return a; })()",
+          "(function() { var n = []; for (var i = 0; i < 100000; ++i) n = [n]; return n; })()"})
+    {
+        log.take();
+        QCOMPARE(text(QString("ws.onSslErrors(%1)").arg(errors)), QString("undefined"));
+        QCOMPARE(log.toStrings().value(0), QString("1||WebSocket: received ssl error form "));
+    }
     QCOMPARE(text("ws.isConnected()"), QString("false"));
 }
 

@@ -410,14 +410,17 @@ void tst_KyScriptWebSocketServer::strangerIsRefused()
 {
     QFETCH(QString, from);
     QFETCH(QString, to);
-    const QString url = registered();
+    QString url = registered();
+    while (!url.right(36).contains(QRegularExpression("[a-f]"))) { // so that capitals differ
+        text("Host.kill(socket)");
+        url = registered();
+    }
     QString strange = url;
     if (from == "CAPITALS")
         strange = url.left(url.size() - 36) + url.right(36).toUpper();
     else
         strange.replace(QRegularExpression(from), to);
-    if (strange == url)
-        QSKIP("a UUID without letters");
+    QVERIFY(strange != url);
     LogCapture log;
     const auto raw = RawWebSocket::client(QUrl(strange));
     QTRY_COMPARE(raw->closeCode(), 1000);

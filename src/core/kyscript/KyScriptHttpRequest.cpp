@@ -3,6 +3,7 @@
 #include "KyScriptProxy.h"
 #include "KyScriptReplyContent.h"
 #include "KyScriptSender.h"
+#include "KyScriptWait.h"
 
 #include <jxbase/JxEventLoop.h>
 #include <rnlib/RnContract.h>
@@ -142,7 +143,8 @@ void KyScriptHttpRequest::waitForFinished(int inMsecs)
         return;
     if (!d->mWaitLoop)
         d->mWaitLoop = new JxEventLoop(this);
-    if (d->mWaitLoop->isRunning())
+    const KyScriptWait wait;
+    if (d->mWaitLoop->isRunning() || !wait.mayBegin())
         return;
 
     const QPointer<KyScriptHttpRequest> self(this);

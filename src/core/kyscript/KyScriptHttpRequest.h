@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QtCore/QObject>
-#include <QtCore/QVariantMap>
+#include <QtCore/QVariant>
 
 #include <memory>
 
@@ -47,7 +47,10 @@ public:
 Q_SIGNALS:
     /// One for each request, good or bad. \a message is the body, \a header maps names as the server wrote
     /// them to byte arrays, \a statusCode is undefined when no HTTP answer came.
-    void response(QByteArray message, QVariantMap header, QVariant statusCode);
+    ///
+    /// They are a QByteArray, a QVariantMap and an int. A script can send a signal with anything, and Qt does
+    /// not survive to make bytes or a map of what holds a symbol.
+    void response(QVariant message, QVariant header, QVariant statusCode);
 
 public Q_SLOTS:
     /// Tells and releases one answer. Nothing for null.

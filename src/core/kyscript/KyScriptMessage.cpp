@@ -2,6 +2,7 @@
 
 #include "KyScriptLog.h"
 #include "KyScriptTexts.h"
+#include "KyScriptWait.h"
 
 #include <jxbase/JxMessageBox.h>
 #include <kybase/KyMonitorManager.h>
@@ -52,7 +53,8 @@ KyScriptMessage::KyScriptMessage(QObject* parent)
 
 void KyScriptMessage::show(QString inMessage)
 {
-    if (!hasWindows())
+    const KyScriptWait wait;
+    if (!hasWindows() || !wait.mayBegin())
         return;
     JxMessageBox box(KyMonitorManager::parentForModalWidget(), false);
     box.setIcon(QMessageBox::Information);
@@ -73,7 +75,8 @@ void KyScriptMessage::hide()
 QString KyScriptMessage::question(QString inMessage, QJSValue inButtons, QString inDefaultButton)
 {
     const auto buttons = KyScriptTexts::argument(this, inButtons, QStringLiteral("Message.question"));
-    if (!buttons || !hasWindows())
+    const KyScriptWait wait;
+    if (!buttons || !hasWindows() || !wait.mayBegin())
         return QString();
     JxMessageBox box(KyMonitorManager::parentForModalWidget(), false);
     box.setText(inMessage);

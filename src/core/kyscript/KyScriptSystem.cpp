@@ -2,6 +2,7 @@
 
 #include "KyScriptLog.h"
 #include "KyScriptTexts.h"
+#include "KyScriptWait.h"
 
 #include <jxbase/JxEventLoop.h>
 #include <jxbase/JxMessageBox.h>
@@ -102,12 +103,18 @@ void KyScriptSystem::sleep(int inMsecs)
 {
     if (inMsecs < 1)
         return;
+    const KyScriptWait wait;
+    if (!wait.mayBegin())
+        return;
     JxEventLoop loop;
     loop.exec(inMsecs);
 }
 
 void KyScriptSystem::processEvents(int inMsecs)
 {
+    const KyScriptWait wait;
+    if (!wait.mayBegin())
+        return;
     if (inMsecs < 1)
         QCoreApplication::processEvents();
     else
@@ -145,7 +152,8 @@ bool KyScriptSystem::processCmd(QString inCmd, QJSValue inArgs, int inMsecs)
 bool KyScriptSystem::process(const QString& inCmd, const QStringList& inArgs, int inMsecs)
 {
     const QPointer<KyScriptSystem> self(this);
-    const bool ended = mProcess->stableWaitForFinished(inMsecs);
+    const KyScriptWait wait;
+    const bool ended = wait.mayBegin() && mProcess->stableWaitForFinished(inMsecs);
     if (!self)
         return false;
     if (!ended && mProcess->state() != QProcess::NotRunning) {

@@ -33,7 +33,7 @@ public:
     Q_INVOKABLE QString fileReadAll(QString inFile) const;
 
     /// Waits for \a inMsecs milliseconds, serving events: timers, sockets, the user and other scripts go on.
-    /// Below 1 it returns at once.
+    /// Below 1, and inside too many waits of others (see KyScriptWait), it returns at once.
     Q_INVOKABLE void sleep(int inMsecs);
 
     /// Serves the events that are pending; with an \a inMsecs of 1 or more until none is left or that many

@@ -1,6 +1,7 @@
 #include "KyScriptWebSocket.h"
 
 #include "KyScriptProxy.h"
+#include "KyScriptWait.h"
 
 #include <rnlib/RnContract.h>
 #include <rnlib/RnLogFile.h>
@@ -8,6 +9,7 @@
 #include <QtCore/QEventLoop>
 #include <QtCore/QPointer>
 #include <QtCore/QUrl>
+#include <QtNetwork/QSslError>
 #include <QtWebSockets/QWebSocket>
 
 #include <utility>
@@ -115,7 +117,9 @@ void KyScriptWebSocket::wire(QWebSocket* socket)
     });
     QObject::connect(socket, &QWebSocket::disconnected, this, &KyScriptWebSocket::takeDisconnection);
     QObject::connect(socket, &QWebSocket::textMessageReceived, this, &KyScriptWebSocket::takeMessage);
-    QObject::connect(socket, &QWebSocket::sslErrors, this, &KyScriptWebSocket::onSslErrors);
+    QObject::connect(socket, &QWebSocket::sslErrors, this, [this](const QList<QSslError>& inErrors) {
+        onSslErrors(QVariant::fromValue(inErrors));
+    });
     QObject::connect(socket, ErrorSignal, this, &KyScriptWebSocket::onWebSocketError);
     QObject::connect(socket, &QWebSocket::pong, this, [this] { mPongPending = false; });
     QObject::connect(&mHeartbeatTimer, &QTimer::timeout, this, &KyScriptWebSocket::onHeartbeatTimeout,
@@ -175,7 +179,8 @@ bool KyScriptWebSocket::waitForConnection(QWebSocket* socket)
     if (mIgnoresSslErrors)
         socket->ignoreSslErrors();
     limit.start(ConnectLimitMSecs);
-    if (!isOver)
+    const KyScriptWait wait;
+    if (!isOver && wait.mayBegin())
         loop.exec();
     return held && held->state() == QAbstractSocket::ConnectedState;
 }
@@ -247,7 +252,7 @@ void KyScriptWebSocket::onTextMessageReceived(const QString& message)
 }
 
 /// Whether they are ignored was decided before, by setIgnoreSslErrors().
-void KyScriptWebSocket::onSslErrors(const QList<QSslError>&)
+void KyScriptWebSocket::onSslErrors(const QVariant&)
 {
     getTheLogInstance().printf("WebSocket: received ssl error form %s", mURL.toLatin1().constData());
 }

@@ -4,8 +4,8 @@
 #include <QtCore/QSharedPointer>
 #include <QtCore/QStringList>
 #include <QtCore/QTimer>
+#include <QtCore/QVariant>
 #include <QtNetwork/QAbstractSocket>
-#include <QtNetwork/QSslError>
 
 class QWebSocket;
 
@@ -62,7 +62,8 @@ public Q_SLOTS:
     void onConnected();
     void onDisconnected();
     void onTextMessageReceived(const QString& message);
-    void onSslErrors(const QList<QSslError>& errors);
+    /// The errors as a list of QSslError, which nobody looks at: scripts may pass anything.
+    void onSslErrors(const QVariant& errors);
     void onWebSocketError(QAbstractSocket::SocketError error);
     void onHeartbeatTimeout();
 
