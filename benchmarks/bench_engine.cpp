@@ -3,15 +3,23 @@
 #include "RatioReport.h"
 
 #include <kyscript/KyScriptAbstractEngine.h>
+#include <kyscript/KyScriptDialog.h>
 #include <kyscript/KyScriptEngine.h>
 #include <kyscript/KyScriptExternalObject.h>
 #include <kyscript/KyScriptFileDialog.h>
 #include <kyscript/KyScriptFileWriter.h>
+#include <kyscript/KyScriptHttpRequest.h>
+#include <kyscript/KyScriptIdGenerator.h>
 #include <kyscript/KyScriptMessage.h>
+#include <kyscript/KyScriptOrvane.h>
 #include <kyscript/KyScriptProgram.h>
 #include <kyscript/KyScriptRunner.h>
 #include <kyscript/KyScriptStudy.h>
 #include <kyscript/KyScriptSystem.h>
+#include <kyscript/KyScriptTimer.h>
+#include <kyscript/KyScriptUrl.h>
+#include <kyscript/KyScriptWebSocket.h>
+#include <kyscript/KyScriptWebSocketServer.h>
 #include <kyscript/KyScriptXmlFileWriter.h>
 
 #include <ovbase/OvPropertyPool.h>
@@ -51,8 +59,59 @@ void addConstructible(QJSEngine& ioEngine, const char* inName)
     benchmark::DoNotOptimize(ioEngine.evaluate(QStringLiteral("typeof new %1();").arg(name)));
 }
 
+void addInstances(QJSEngine& ioEngine, QJSValue& ioGlobal)
+{
+    const auto add = [&](const char* inName, QObject* inObject) {
+        ioGlobal.setProperty(QString::fromLatin1(inName), ioEngine.newQObject(inObject));
+    };
+    add("Orvane", new KyScriptOrvane(&ioEngine));
+    add("StudyList", new KyScriptStudyList(&ioEngine));
+    add("Message", new KyScriptMessage(&ioEngine));
+    add("System", new KyScriptSystem(&ioEngine));
+    add("Url", new KyScriptUrl(&ioEngine));
+    add("WebSocketServer", new KyScriptWebSocketServer(&ioEngine, false));
+    add("WebSocketServerSSL", new KyScriptWebSocketServer(&ioEngine, true));
+}
+
+/// The objects and functions of an engine with all options.
+void fill(QJSEngine& ioEngine)
+{
+    QJSValue global = ioEngine.globalObject();
+    auto* scope = new GlobalScope(&ioEngine);
+    benchmark::DoNotOptimize(scope);
+    addInstances(ioEngine, global);
+    addConstructible<KyScriptXmlFileWriter>(ioEngine, "XmlFileWriter");
+    addConstructible<KyScriptFileWriter>(ioEngine, "FileWriter");
+    addConstructible<KyScriptFileDialog>(ioEngine, "FileDialog");
+    addConstructible<KyScriptHttpRequest>(ioEngine, "HttpRequest");
+    addConstructible<KyScriptDialog>(ioEngine, "Dialog");
+    addConstructible<KyScriptIdGenerator>(ioEngine, "IdGenerator");
+    addConstructible<KyScriptWebSocket>(ioEngine, "WebSocket");
+    addConstructible<KyScriptTimer>(ioEngine, "Timer");
+    global.setProperty(QStringLiteral("Global"), ioEngine.newObject());
+}
+
+QStringList globalsOf(QJSEngine& ioEngine)
+{
+    QStringList names =
+        ioEngine.evaluate(QStringLiteral("Object.getOwnPropertyNames(this)")).toVariant().toStringList();
+    names.sort();
+    return names;
+}
+
+/// A yardstick that lacks what an engine has makes a ratio that says nothing.
+void requireSameGlobals()
+{
+    KyScriptEngine engine(nullptr, -1);
+    QJSEngine bare;
+    fill(bare);
+    if (globalsOf(engine) != globalsOf(bare))
+        qFatal("bench_engine: the bare engine has other globals than an engine with all options");
+}
+
 void addConstruction()
 {
+    requireSameGlobals();
     add("engine with all options", [](benchmark::State& state) {
         for (auto _ : state)
             KyScriptEngine engine(nullptr, -1);
@@ -61,17 +120,7 @@ void addConstruction()
     add("engine with all options/yardstick", [](benchmark::State& state) {
         for (auto _ : state) {
             QJSEngine engine;
-            QJSValue global = engine.globalObject();
-            auto* scope = new GlobalScope(&engine);
-            benchmark::DoNotOptimize(scope);
-            global.setProperty(QStringLiteral("StudyList"),
-                               engine.newQObject(new KyScriptStudyList(&engine)));
-            global.setProperty(QStringLiteral("Message"), engine.newQObject(new KyScriptMessage(&engine)));
-            global.setProperty(QStringLiteral("System"), engine.newQObject(new KyScriptSystem(&engine)));
-            addConstructible<KyScriptXmlFileWriter>(engine, "XmlFileWriter");
-            addConstructible<KyScriptFileWriter>(engine, "FileWriter");
-            addConstructible<KyScriptFileDialog>(engine, "FileDialog");
-            global.setProperty(QStringLiteral("Global"), engine.newObject());
+            fill(engine);
         }
     });
 }
