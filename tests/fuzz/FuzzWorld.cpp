@@ -2,9 +2,12 @@
 
 #include <QLoggingCategory>
 
+#include <utility>
+
 namespace {
 
-std::unique_ptr<FuzzWorld> sWorld;
+/// libFuzzer leaves the process without a word. By then it is too late to end an application: it stays.
+FuzzWorld* sWorld = nullptr;
 
 int sArgumentCount = 1;
 char sProgram[] = "fuzz";
@@ -23,13 +26,13 @@ FuzzWorld::FuzzWorld()
 FuzzWorld& FuzzWorld::instance()
 {
     if (!sWorld)
-        sWorld.reset(new FuzzWorld);
+        sWorld = new FuzzWorld;
     return *sWorld;
 }
 
 void FuzzWorld::finish()
 {
-    sWorld.reset();
+    delete std::exchange(sWorld, nullptr);
 }
 
 QJSValue FuzzWorld::run(const QString& inSource)

@@ -5,6 +5,8 @@
 
 #include <support/LoopbackHttpServer.h>
 
+#include <utility>
+
 namespace {
 
 struct Scene
@@ -46,13 +48,13 @@ struct Scene
     QTcpServer server;
 };
 
-std::unique_ptr<Scene> sScene;
+Scene* sScene = nullptr;
 
 } // namespace
 
 extern "C" void fuzzFinish()
 {
-    sScene.reset();
+    delete std::exchange(sScene, nullptr);
     FuzzWorld::finish();
 }
 
@@ -60,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* inData, std::size_t in
 {
     FuzzWorld& world = FuzzWorld::instance(); // before the server: sockets need the application
     if (!sScene)
-        sScene = std::make_unique<Scene>();
+        sScene = new Scene;
     sScene->answer = QByteArray(reinterpret_cast<const char*>(inData), static_cast<qsizetype>(inSize));
     if (world.run("count = 0; ask(); collectGarbage(); count").toInt() != 1)
         qFatal("not one answer for one request");

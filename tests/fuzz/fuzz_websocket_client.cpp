@@ -4,6 +4,8 @@
 
 #include <support/RawWebSocket.h>
 
+#include <utility>
+
 namespace {
 
 struct Scene
@@ -32,13 +34,13 @@ struct Scene
     RawWebSocketServer server;
 };
 
-std::unique_ptr<Scene> sScene;
+Scene* sScene = nullptr;
 
 } // namespace
 
 extern "C" void fuzzFinish()
 {
-    sScene.reset();
+    delete std::exchange(sScene, nullptr);
     FuzzWorld::finish();
 }
 
@@ -46,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* inData, std::size_t in
 {
     FuzzWorld& world = FuzzWorld::instance(); // before the server: sockets need the application
     if (!sScene)
-        sScene = std::make_unique<Scene>();
+        sScene = new Scene;
     if (inSize < 1)
         return 0;
     auto& server = sScene->server;
