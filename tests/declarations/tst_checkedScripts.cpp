@@ -158,7 +158,7 @@ void tst_checkedScripts::initTestCase()
         addScript(QString("%1-%2.js").arg(example["file"].toString()).arg(example["line"].toInt()),
                   example["code"].toString());
 
-    for (const QString& file : filesBelow("examples", "*.d.ts") + filesBelow("tests/declarations", "*.d.ts"))
+    for (const QString& file : filesBelow("examples", "*.d.ts"))
         QVERIFY(write(mFolder.filePath(file), read(file)));
     QVERIFY(write(mFolder.filePath("jsconfig.json"),
                   "{ \"extends\": \"" + Repository.filePath(DECLARATION_FOLDER "/jsconfig.json") + "\" }"));

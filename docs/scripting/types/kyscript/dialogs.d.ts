@@ -217,7 +217,7 @@ interface Dialog extends HostObject {
     readonly linkClicked: Signal<[url: string]>;
     /** The mouse has come over a link; empty when it has left it. */
     readonly linkHovered: Signal<[link: string]>;
-    /** The dialog was closed, with the same number as `result`. Comes before `processed`. */
+    /** The dialog was closed, with the same number as `result`. Comes behind `processed`. */
     readonly finished: Signal<[result: number]>;
 }
 

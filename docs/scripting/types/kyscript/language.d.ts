@@ -36,7 +36,7 @@ interface URL {
     protocol: string;
     /** The part behind "?", with it. Neutral: empty. */
     search: string;
-    /** The parameters in `search`, decoded. */
+    /** The parameters in `search`, decoded. A copy: a change of them does not change the address. */
     readonly searchParams: URLSearchParams;
     /** The user in the address. Neutral: empty. */
     username: string;
@@ -72,16 +72,18 @@ interface URLSearchParams {
     /** Sorts by name. */
     sort(): void;
     /** Calls a function for each parameter. */
-    forEach(callback: (value: string, name: string, parameters: URLSearchParams) => void, thisObject?: any): void;
-    /** Pairs of name and value. */
-    entries(): IterableIterator<[string, string]>;
-    /** The names. */
-    keys(): IterableIterator<string>;
-    /** The values. */
-    values(): IterableIterator<string>;
+    forEach(callback: (value: string, name: string) => void): void;
+    /** Names and values. Depends on the version of Qt (6.4 gives an index with each): use `forEach`. */
+    entries(): IterableIterator<any>;
+    /** The names. Depends on the version of Qt likewise. */
+    keys(): IterableIterator<any>;
+    /** The values. Depends on the version of Qt likewise. */
+    values(): IterableIterator<any>;
     /** The parameters as they stand in an address. */
     toString(): string;
 }
 
-/** Makes {@link URLSearchParams}. */
-declare const URLSearchParams: { new (parameters?: string): URLSearchParams };
+/** Makes {@link URLSearchParams} from what stands behind "?" in an address, an object, or pairs of name and value. */
+declare const URLSearchParams: {
+    new (parameters?: string | { [name: string]: string } | [name: string, value: string][]): URLSearchParams;
+};
