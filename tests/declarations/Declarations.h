@@ -16,6 +16,8 @@ public:
     QJsonObject globals() const { return part("globals"); }
     QJsonObject types() const { return part("types"); }
     QStringList texts(const QString& inPart) const;
+    /// The texts that an editor offers for a type.
+    QStringList offers(const QString& inType) const { return list(part("offers").value(inType)); }
     QJsonArray examples() const { return mAnswer.value("examples").toArray(); }
 
     /// Names of the types that stand for objects of the application.

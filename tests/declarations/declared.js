@@ -3,6 +3,7 @@
 //   globals   name -> { file, kinds, signatures, constructors }: what is declared as a value, outside of the library
 //   types     name -> { file, isHost, members }: interfaces; isHost tells those of objects of the application
 //   members   name -> { kind, kinds, isReadonly, signatures }, inherited ones too; kind is property, method or signal
+//   offers    name of a type -> the texts among its members, which an editor offers
 //   library   names that the library of the language declares, such as "Array" and "Array.prototype.includes"
 //   examples  { file, line, name, code }
 //   gaps      what has no comment, or a class or function without an example
@@ -116,7 +117,7 @@ function readExamples(symbol, name, out) {
     }
 }
 
-const answer = { globals: {}, types: {}, library: [], examples: [], gaps: [], errors: [] };
+const answer = { globals: {}, types: {}, offers: {}, library: [], examples: [], gaps: [], errors: [] };
 
 function readInterface(symbol) {
     const type = checker.getDeclaredTypeOfSymbol(symbol);
@@ -137,6 +138,15 @@ function readInterface(symbol) {
     if (entry.isHost && !answer.examples.some((example) => example.name === symbol.name))
         answer.gaps.push(`${symbol.name} has no @example`);
     answer.types[symbol.name] = entry;
+}
+
+function readAlias(symbol) {
+    const type = checker.getDeclaredTypeOfSymbol(symbol);
+    answer.offers[symbol.name] = (type.isUnion() ? type.types : [type])
+        .filter((each) => each.isStringLiteral())
+        .map((each) => each.value);
+    if (!comment(symbol))
+        answer.gaps.push(`${symbol.name} has no comment`);
 }
 
 function readGlobal(symbol) {
@@ -173,11 +183,14 @@ function readLibrary(symbol) {
     }
 }
 
-for (const symbol of checker.getSymbolsInScope(program.getSourceFile(root), ts.SymbolFlags.Value | ts.SymbolFlags.Interface)) {
+const EVERYTHING = ts.SymbolFlags.Value | ts.SymbolFlags.Interface | ts.SymbolFlags.TypeAlias;
+for (const symbol of checker.getSymbolsInScope(program.getSourceFile(root), EVERYTHING)) {
     const declarations = symbol.declarations || [];
     const isOwn = declarations.some((node) => ownFiles.includes(node.getSourceFile()));
     if (isOwn && symbol.flags & ts.SymbolFlags.Interface)
         readInterface(symbol);
+    if (isOwn && symbol.flags & ts.SymbolFlags.TypeAlias)
+        readAlias(symbol);
     if (symbol.flags & ts.SymbolFlags.Value && declarations.length)
         (isOwn && ownFiles.includes(symbol.valueDeclaration.getSourceFile()) ? readGlobal : readLibrary)(symbol);
 }

@@ -15,10 +15,13 @@
 #include <kyscript/KyScriptEngine.h>
 #include <kyscript/KyScriptProgram.h>
 
+#include <kybase/KyDICOMObjectInfo.h>
 #include <kybase/KyLoadHelper.h>
+#include <kybase/KyWorklistHelper.h>
 
 #include <QDesktopServices>
 #include <QDialog>
+#include <QFile>
 #include <QJSValueIterator>
 #include <QJsonDocument>
 #include <QProcess>
@@ -127,6 +130,11 @@ private slots:
     void addressesHaveTheDeclaredMembers();
     void valuesAreOfTheirDeclaredKinds_data();
     void valuesAreOfTheirDeclaredKinds();
+    void offeredTagsAreKnown();
+    void offeredTagsOfTheWorklistAreKnown();
+    void offeredPropertiesAreThere();
+    void offeredStudyListsAreThoseOfTheGuide();
+    void keysOfDialogsAreThoseOfTheGuide();
     void examplesRun_data();
     void examplesRun();
 
@@ -141,6 +149,7 @@ private:
     QStringList globalNames();
     HostClass classOf(const QJSValue& inValue) const;
     Comparison comparison() const { return Comparison(mDeclared->hostTypes(), exceptionNames()); }
+    static QString page(const QString& inName);
     QString typeOfGlobal(const QString& inName) const;
     /// The types of the objects that an operation gives, such as "Orvane.viewer".
     QStringList declaredResult(const QString& inMethod) const;
@@ -557,6 +566,62 @@ void tst_declarations::valuesAreOfTheirDeclaredKinds()
     const bool isEmptyList = kind == "Array<>" && kinds.join(' ').contains("Array<");
     QVERIFY2(kinds.contains(kind) || isEmptyList,
              qPrintable(QString("%1 is %2, declared is %3").arg(expression, kind, kinds.join(" | "))));
+}
+
+void tst_declarations::offeredTagsAreKnown()
+{
+    QVERIFY(mDeclared->offers("DicomTag").size() > 20);
+    for (const QString& tag : mDeclared->offers("DicomTag")) {
+        bool isKnown = false;
+        KyDICOMObjectInfo::TagKey().deserialize(tag, &isKnown);
+        QVERIFY2(isKnown, qPrintable(tag));
+    }
+}
+
+void tst_declarations::offeredTagsOfTheWorklistAreKnown()
+{
+    QVERIFY(mDeclared->offers("WorklistTag").size() > 10);
+    for (const QString& tag : mDeclared->offers("WorklistTag"))
+        QVERIFY2(tag.startsWith("Worklist.") && KyWorklistHelper::code(tag.mid(9)) >= 0, qPrintable(tag));
+}
+
+void tst_declarations::offeredPropertiesAreThere()
+{
+    QVERIFY(!mDeclared->offers("PropertyId").isEmpty());
+    for (const QString& id : mDeclared->offers("PropertyId"))
+        QVERIFY2(!evaluate("Orvane.propertyVariant('" + id + "')").isUndefined(), qPrintable(id));
+}
+
+void tst_declarations::offeredStudyListsAreThoseOfTheGuide()
+{
+    static const QRegularExpression list("\"([A-Z_]{2,})\"");
+    QStringList names;
+    for (const auto& match :
+         list.globalMatch(page("guide.md").section("\n## Studies\n", 1).section("\n## ", 0, 0)))
+        names.append(match.captured(1));
+    QStringList offered = mDeclared->offers("StudyListName");
+    names.removeDuplicates();
+    names.sort();
+    offered.sort();
+    QCOMPARE(offered, names);
+}
+
+void tst_declarations::keysOfDialogsAreThoseOfTheGuide()
+{
+    static const QRegularExpression key("^\\| `([A-Za-z]+)` \\|", QRegularExpression::MultilineOption);
+    QStringList keys;
+    for (const auto& match :
+         key.globalMatch(page("dialogs.md").section("\n## All keys\n", 1).section("\n## ", 0, 0)))
+        keys.append(match.captured(1));
+    keys.sort();
+    QCOMPARE(mDeclared->types().value("DialogConfig")["members"].toObject().keys(), keys);
+}
+
+/// A page of the guide.
+QString tst_declarations::page(const QString& inName)
+{
+    QFile file(GUIDE + ('/' + inName));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
 void tst_declarations::examplesRun_data()
