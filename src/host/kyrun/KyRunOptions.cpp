@@ -3,6 +3,10 @@
 #include <rnlib/RnBuildInfo.h>
 
 #include <QtCore/QCommandLineParser>
+#include <QtCore/QDir>
+
+#include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -14,6 +18,16 @@ QString text(const char* inText)
 }
 
 const Option Eval({text("e"), text("eval")}, text("Run CODE instead of a file."), text("CODE"));
+const Option File({text("f"), text("file")},
+                  text("Run FILE first, on the same engine (repeatable): functions for the script."),
+                  text("FILE"));
+const Option Interactive({text("i"), text("interactive")},
+                         text("Then read scripts from the terminal, with history and completion."));
+const Option Test(text("test"),
+                  text("Run the tests that FILES define with test(), and tell of them in TAP; exit status 1 "
+                       "when one fails."));
+const Option Check(text("check"),
+                   text("Check the syntax of FILES and run nothing; exit status 1 for an error."));
 const Option Print({text("p"), text("print")}, text("Print the value of the run, as its text."));
 const Option Studies({text("s"), text("studies")},
                      text("Open the DICOM files below DIR as the session's studies (repeatable)."),
@@ -73,6 +87,18 @@ QString parseValues(const QCommandLineParser& inParser, KyRunOptions& outOptions
                : text("--timeout needs a number of seconds above 0, not \"%1\"").arg(inParser.value(Timeout));
 }
 
+void readFlags(const QCommandLineParser& inParser, KyRunOptions& outOptions)
+{
+    outOptions.hasCode = inParser.isSet(Eval);
+    outOptions.code = inParser.value(Eval);
+    outOptions.isPrinting = inParser.isSet(Print);
+    outOptions.firstFiles = inParser.values(File);
+    outOptions.isInteractive = inParser.isSet(Interactive);
+    outOptions.isTesting = inParser.isSet(Test);
+    outOptions.isChecking = inParser.isSet(Check);
+    outOptions.keepRunning = inParser.isSet(KeepRunning);
+}
+
 } // namespace
 
 KyRunOptions::Outcome KyRunOptions::parse(const QStringList& inArguments, QString& outText)
@@ -81,10 +107,11 @@ KyRunOptions::Outcome KyRunOptions::parse(const QStringList& inArguments, QStrin
     parser.setApplicationDescription(text(Description));
     // What stands behind the script belongs to the script, also when it begins with a dash.
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    parser.addOptions({Eval, Print, Studies, Additional, Engine, Tools, Trigger, Property, Profile, Proxy,
-                       Log, KeepRunning, Timeout, Help, Version});
-    parser.addPositionalArgument(text("SCRIPT.js"), text("The script, \"-\" for standard input."),
-                                 text("SCRIPT.js | -e CODE | --trigger ID"));
+    parser.addOptions({Eval, Print, File, Interactive, Test, Check, Studies, Additional, Engine, Tools,
+                       Trigger, Property, Profile, Proxy, Log, KeepRunning, Timeout, Help, Version});
+    parser.addPositionalArgument(
+        text("SCRIPT.js"), text("The script, \"-\" for standard input."),
+        text("SCRIPT.js | -e CODE | -i | --test FILES | --check FILES | --trigger ID"));
     parser.addPositionalArgument(text("ARG"), text("Arguments for the script."), text("[ARG...]"));
 
     const bool isParsed = parser.parse(inArguments);
@@ -103,9 +130,7 @@ KyRunOptions::Outcome KyRunOptions::parse(const QStringList& inArguments, QStrin
     if (!outText.isEmpty())
         return Outcome::Bad;
 
-    hasCode = parser.isSet(Eval);
-    code = parser.value(Eval);
-    isPrinting = parser.isSet(Print);
+    readFlags(parser, *this);
     host.studyFolders = parser.values(Studies);
     host.additionalFolders = parser.values(Additional);
     host.toolFiles = parser.values(Tools);
@@ -113,14 +138,36 @@ KyRunOptions::Outcome KyRunOptions::parse(const QStringList& inArguments, QStrin
     host.profile = parser.value(Profile);
     engine = parser.value(Engine);
     logFile = parser.value(Log);
-    keepRunning = parser.isSet(KeepRunning);
     arguments = parser.positionalArguments();
-    if (hasCode || (arguments.isEmpty() && !triggers.isEmpty()))
-        return Outcome::Run;
-    if (arguments.isEmpty()) {
-        outText = text("There is no script to run; see kyrun --help");
-        return Outcome::Bad;
+    outText = takeScripts();
+    return outText.isEmpty() ? Outcome::Run : Outcome::Bad;
+}
+
+/// Takes from the arguments what is to be run; gives what is wrong with that, or nothing.
+QString KyRunOptions::takeScripts()
+{
+    if (isInteractive && isatty(STDIN_FILENO) == 0)
+        return text("--interactive needs a terminal; \"-\" runs a script from standard input");
+    if (isTesting || isChecking) {
+        const QString option = isTesting ? text("--test") : text("--check");
+        if (isTesting && isChecking)
+            return text("--test and --check exclude each other");
+        if (hasCode || isInteractive || !firstFiles.isEmpty() || !triggers.isEmpty())
+            return text("%1 takes FILES, and nothing else to run").arg(option);
+        files = std::exchange(arguments, {});
+        return files.isEmpty() ? text("%1 needs FILES").arg(option) : QString();
     }
+    const bool isComplete = hasCode || isInteractive || !triggers.isEmpty() || !firstFiles.isEmpty();
+    if (hasCode || (arguments.isEmpty() && isComplete))
+        return QString();
+    if (arguments.isEmpty())
+        return text("There is no script to run; see kyrun --help");
     scriptFile = arguments.takeFirst();
-    return Outcome::Run;
+    return QString();
+}
+
+QString KyRunOptions::historyFile()
+{
+    const QString set = qEnvironmentVariable("XDG_STATE_HOME");
+    return (set.isEmpty() ? QDir::homePath() + text("/.local/state") : set) + text("/kyrun/history");
 }

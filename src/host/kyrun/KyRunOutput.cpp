@@ -9,6 +9,7 @@
 namespace {
 
 bool sHasFailed = false;
+bool sIsComment = false;
 
 } // namespace
 
@@ -33,9 +34,17 @@ KyRunOutput& KyRunOutput::install(QJSEngine& inEngine)
     return *output;
 }
 
+void KyRunOutput::setComments(bool inOn)
+{
+    sIsComment = inOn;
+}
+
 void KyRunOutput::writeLine(const QString& inText)
 {
-    const QByteArray line = inText.toUtf8() + '\n';
+    const QString text =
+        sIsComment ? QStringLiteral("# ") + QString(inText).replace(QLatin1Char('\n'), QLatin1String("\n# "))
+                   : inText;
+    const QByteArray line = text.toUtf8() + '\n';
     const bool isWritten =
         std::fwrite(line.constData(), 1, size_t(line.size()), stdout) == size_t(line.size());
     if ((isWritten && std::fflush(stdout) == 0) || sHasFailed)

@@ -14,6 +14,9 @@ public:
     /// Gives \a inEngine the function. The engine owns the object.
     static KyRunOutput& install(QJSEngine& inEngine);
 
+    /// From now on each line of what scripts print is a comment, begun with "# ", or no longer.
+    static void setComments(bool inOn);
+
     /// Writes \a inText and a line break as UTF-8, at once. The first failure is told on standard error.
     static void writeLine(const QString& inText);
     /// Whether a line could not be written.

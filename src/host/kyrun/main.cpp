@@ -1,9 +1,13 @@
 // kyrun: runs a script with the objects of the workstation, without a window.
 
 #include "KyRunConsole.h"
+#include "KyRunErrors.h"
 #include "KyRunHints.h"
 #include "KyRunOptions.h"
 #include "KyRunOutput.h"
+#include "KyRunPrompt.h"
+#include "KyRunScript.h"
+#include "KyRunTests.h"
 #include "KyRunTools.h"
 #include "KyRunWatchdog.h"
 #include "KyRunner.h"
@@ -22,14 +26,13 @@
 
 #include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QDir>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QStringDecoder>
 #include <QtWidgets/QApplication>
 
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace {
 
@@ -57,45 +60,63 @@ std::shared_ptr<RnLogSink> logSink(const QString& inFile, QString& outReason)
     return nullptr;
 }
 
-/// Tells of the script's uncaught error: place, error and backtrace.
+/// Tells of the script's uncaught error, and takes its report out of the log.
 void tellError(const KyScriptEngine& inEngine, const QJSValue& inError, const QString& inInfo,
                const QString& inPlace, KyRunConsole* ioConsole)
 {
     if (ioConsole)
         ioConsole->drop(inEngine.errorMessage(inError, inInfo, nullptr).toLatin1().toStdString());
-    QString text =
-        QStringLiteral("%1:%2: %3\n")
-            .arg(inPlace, inError.property(QStringLiteral("lineNumber")).toString(), inError.toString());
-    for (const QString& frame : inError.property(QStringLiteral("stack")).toString().split(QLatin1Char('\n')))
-        text += QStringLiteral("    at %1\n").arg(frame);
-    std::fputs(text.toUtf8().constData(), stderr);
+    KyRunErrors::tell(inError, inPlace);
 }
 
-/// The text of the script file in UTF-8, without a byte order mark; nothing, with the reason, when it cannot
-/// be read.
-std::optional<QString> readScript(const QString& inFile, QString& outReason)
+/// One text to run. Code of the command line has no file.
+struct Source
 {
-    QFile file(inFile);
-    const bool isOpen =
-        inFile == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
-    const QByteArray bytes = isOpen ? file.readAll() : QByteArray();
-    if (!isOpen || file.error() != QFileDevice::NoError) {
-        outReason = QStringLiteral("Cannot read the script %1: %2").arg(inFile, file.errorString());
-        return std::nullopt;
+    QString text;
+    QString file;
+
+    KyScriptProgram program() const
+    {
+        return file.isEmpty() ? KyScriptProgram(text, "eval") : KyScriptProgram(text, file, 1);
     }
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    QString text = decoder(bytes);
-    if (!decoder.hasError())
-        return text;
-    outReason = QStringLiteral("Cannot read the script %1: it is not UTF-8").arg(inFile);
-    return std::nullopt;
+    QString place() const { return file.isEmpty() ? QStringLiteral("eval") : file; }
+};
+
+/// All that the command line wants to be run, in its order; nothing, with the reason, when a file cannot be
+/// read.
+std::optional<std::vector<Source>> readSources(const KyRunOptions& inOptions, QString& outReason)
+{
+    QStringList files = inOptions.firstFiles;
+    if (!inOptions.scriptFile.isEmpty())
+        files.append(inOptions.scriptFile);
+    std::vector<Source> sources;
+    for (const QString& file : files) {
+        const auto text = KyRunScript::read(file, outReason);
+        if (!text)
+            return std::nullopt;
+        sources.push_back({*text, file});
+    }
+    if (inOptions.hasCode)
+        sources.push_back({inOptions.code, QString()});
+    return sources;
 }
 
-KyScriptProgram programOf(const KyRunOptions& inOptions, const QString& inSource)
+/// Tells what is wrong with the syntax of each file. Gives the exit status.
+int checkSyntax(const QStringList& inFiles)
 {
-    if (inOptions.hasCode)
-        return KyScriptProgram(inSource, "eval");
-    return KyScriptProgram(inSource, inOptions.scriptFile, 1);
+    int status = 0;
+    for (const QString& file : inFiles) {
+        QString reason;
+        const auto source = KyRunScript::read(file, reason);
+        if (!source)
+            return fail(reason);
+        const QString error = KyRunScript::syntaxError(*source, file);
+        if (error.isEmpty())
+            continue;
+        std::fprintf(stderr, "%s\n", error.toUtf8().constData());
+        status = ScriptFailed;
+    }
+    return status;
 }
 
 /// Serves what the script has posted before the program ends, such as promises that it has settled. Bounded,
@@ -133,37 +154,66 @@ int triggerTools(const QStringList& inKeys, const KyRunner& inRunner)
     return failure.isEmpty() && count->errors == 0 ? 0 : ScriptFailed;
 }
 
-/// Runs the script, prints its value if that is wanted, and serves what it has posted. Gives the exit status.
-int runScript(const KyRunOptions& inOptions, const QString& inSource, RnLogSink* inSink)
+enum class Printing
 {
-    auto& facade = KyScriptAbstractInterface::getInstance(inOptions.engine);
-    KyScriptEngine& engine = *facade.jsEngine(true);
-    const KyRunOutput& output = KyRunOutput::install(engine);
+    Nothing,
+    Value,
+    ValueUnlessUndefined
+};
 
-    const KyScriptProgram program = programOf(inOptions, inSource);
-    auto* console = dynamic_cast<KyRunConsole*>(inSink);
-    if (console)
-        console->setHoldingBack(true);
-    const QJSValue value = facade.runScript(program, false, false, false);
-    if (value.isError())
-        tellError(engine, value, program.infoString(),
-                  inOptions.hasCode ? program.infoString() : inOptions.scriptFile, console);
-    if (console)
-        console->setHoldingBack(false);
+/// Runs one text, prints its value as far as that is wanted, and serves what it has posted. Gives the exit
+/// status.
+int runSource(const Source& inSource, Printing inPrinting, KyScriptAbstractEngine& ioFacade,
+              const KyRunOutput& inOutput, KyRunConsole* ioConsole)
+{
+    const KyScriptProgram program = inSource.program();
+    if (ioConsole)
+        ioConsole->setHoldingBack(true);
+    const QJSValue value = ioFacade.runScript(program, false, false, false);
+    if (value.isError() && ioFacade.jsEngine(false))
+        tellError(*ioFacade.jsEngine(false), value, program.infoString(), inSource.place(), ioConsole);
+    if (ioConsole)
+        ioConsole->setHoldingBack(false);
     servePostedEvents();
-    if (value.isError())
-        return ScriptFailed;
-    if (inOptions.isPrinting)
-        output.writeLine(output.textOf(value));
-    return 0;
+    const bool isPrinting = inPrinting == Printing::Value ||
+                            (inPrinting == Printing::ValueUnlessUndefined && !value.isUndefined());
+    if (!value.isError() && isPrinting)
+        inOutput.writeLine(inOutput.textOf(value));
+    return value.isError() ? ScriptFailed : 0;
 }
 
-/// Runs the script, if there is one, then the tools, and stays in the event loop as long as that is wanted.
+/// Runs the texts in their order, up to the first that fails or wants to leave, then the prompt if there is
+/// to be one. Gives the exit status.
+int runSources(const KyRunOptions& inOptions, const std::vector<Source>& inSources, const KyRunner& inRunner,
+               KyRunConsole* ioConsole)
+{
+    auto& facade = KyScriptAbstractInterface::getInstance(inOptions.engine);
+    const KyRunOutput& output = KyRunOutput::install(*facade.jsEngine(true));
+    for (const Source& source : inSources) {
+        const bool isPrinting = inOptions.isPrinting && &source == &inSources.back();
+        const int status =
+            runSource(source, isPrinting ? Printing::Value : Printing::Nothing, facade, output, ioConsole);
+        if (status != 0 || inRunner.hasExited() || !facade.jsEngine(false))
+            return status;
+    }
+    if (!inOptions.isInteractive)
+        return 0;
+    const auto runLine = [&](const QString& text, const QString& place) {
+        runSource({text, place}, Printing::ValueUnlessUndefined, facade, output, ioConsole);
+    };
+    return KyRunPrompt(facade, runLine, KyRunOptions::historyFile()).exec();
+}
+
+/// Runs the tests, or the scripts and then the tools, and stays in the event loop as long as that is wanted.
 /// Gives the exit status.
-int run(const KyRunOptions& inOptions, const QString& inSource, RnLogSink* inSink)
+int run(const KyRunOptions& inOptions, const std::vector<Source>& inSources, RnLogSink* inSink)
 {
     KyRunner runner(inOptions.arguments, inOptions.keepRunning);
-    int status = inOptions.hasScript() ? runScript(inOptions, inSource, inSink) : 0;
+    if (inOptions.isTesting)
+        return KyRunTests(inOptions.files).exec();
+    int status = inSources.empty() && !inOptions.isInteractive
+                     ? 0
+                     : runSources(inOptions, inSources, runner, dynamic_cast<KyRunConsole*>(inSink));
     if (status == 0 && !inOptions.triggers.isEmpty())
         status = triggerTools(inOptions.triggers, runner);
     if (runner.hasExited())
@@ -185,7 +235,7 @@ QString checkFolders(const KyHostOptions& inOptions)
     return isUsable ? QString() : QStringLiteral("Cannot keep a profile below %1").arg(inOptions.profile);
 }
 
-int runOnPlatform(const KyRunOptions& inOptions, const QString& inSource, RnLogSink* inSink)
+int runOnPlatform(const KyRunOptions& inOptions, const std::vector<Source>& inSources, RnLogSink* inSink)
 {
     const QString badFolder = checkFolders(inOptions.host);
     if (!badFolder.isEmpty())
@@ -212,7 +262,7 @@ int runOnPlatform(const KyRunOptions& inOptions, const QString& inSource, RnLogS
     QString badTool = KyRunTools::load(inOptions.host.toolFiles);
     if (badTool.isEmpty())
         badTool = KyRunTools::findUnknown(inOptions.triggers);
-    return badTool.isEmpty() ? run(inOptions, inSource, inSink) : fail(badTool);
+    return badTool.isEmpty() ? run(inOptions, inSources, inSink) : fail(badTool);
 }
 
 /// Without a display, also where the environment names one that is not there, windows are drawn into memory.
@@ -260,10 +310,11 @@ int main(int argc, char** argv)
     getTheLogInstance().removeSink(early.get());
     getTheLogInstance().addSink(sink, options.logFile.isEmpty() ? 2 : 0);
     const KyRunWatchdog watchdog(options.timeoutSeconds);
-    const auto source =
-        options.scriptFile.isEmpty() ? std::optional(options.code) : readScript(options.scriptFile, text);
-    if (!source)
+    if (options.isChecking)
+        return checkSyntax(options.files);
+    const auto sources = readSources(options, text);
+    if (!sources)
         return fail(text);
-    const int status = runOnPlatform(options, *source, sink.get());
+    const int status = runOnPlatform(options, *sources, sink.get());
     return status == 0 && KyRunOutput::hasFailed() ? ScriptFailed : status;
 }
