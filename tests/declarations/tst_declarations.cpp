@@ -457,7 +457,7 @@ void tst_declarations::everyExceptionIsStillNeeded_data()
 {
     QTest::addColumn<QString>("name");
     for (const Exception& exception : Exceptions)
-        QTest::newRow(exception.name) << exception.name;
+        QTest::addRow("%s: %s", exception.name, exception.reason) << exception.name;
 }
 
 void tst_declarations::everyExceptionIsStillNeeded()

@@ -13,8 +13,11 @@ var datePrompt = new Dialog({
 
 function parseDate(text) {
     var parts = /^\s*(\d{1,2})\.(\d{1,2})\.(\d{4})\s*$/.exec(text);
-    var date = parts ? new Date(Number(parts[3]), Number(parts[2]) - 1, Number(parts[1])) : null;
-    return date && date.getDate() === Number(parts[1]) && date.getMonth() === Number(parts[2]) - 1 ? date : null;
+    if (!parts) {
+        return null;
+    }
+    var date = new Date(Number(parts[3]), Number(parts[2]) - 1, Number(parts[1]));
+    return date.getDate() === Number(parts[1]) && date.getMonth() === Number(parts[2]) - 1 ? date : null;
 }
 
 datePrompt.processed.connect(function () {
