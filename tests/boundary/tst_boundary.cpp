@@ -1,6 +1,7 @@
 // What other modules can reach: only the shared library and the headers that are installed with it.
 
 #include <kyscript/KyScriptAbstractEngine.h>
+#include <kyscript/KyScriptBrowserCtrl.h>
 #include <kyscript/KyScriptEngine.h>
 #include <kyscript/KyScriptExternalMetaObject.h>
 #include <kyscript/KyScriptExternalObject.h>
@@ -48,6 +49,7 @@ private slots:
     void worklistCallbackIsAssignable();
     void toolsComeFromAFile();
     void urlIsCalled();
+    void browserOfAModuleNeedsNoEngine();
     void nothingButTheBoundaryIsExported();
 };
 
@@ -125,6 +127,17 @@ void tst_boundary::urlIsCalled()
     QCOMPARE(call->parent(), &parent);
 }
 
+void tst_boundary::browserOfAModuleNeedsNoEngine()
+{
+    KyScriptBrowserCtrl browser(QStringLiteral("boundary"));
+    browser.setCreatedByEngine(false);
+    browser.setInstallationDirectory(QStringLiteral("/nowhere"));
+    browser.sendCommand(QStringLiteral("HIDE"));
+    QVERIFY(!browser.isRunning() && !browser.isInstalled() && browser.isHidden());
+    QCOMPARE(KyScriptBrowserCtrl::BrowserCtrlType(KyScriptBrowserCtrl::BrowserCtrlType::WebView()).value(),
+             33);
+}
+
 void tst_boundary::nothingButTheBoundaryIsExported()
 {
     QProcess nm;
@@ -134,11 +147,12 @@ void tst_boundary::nothingButTheBoundaryIsExported()
     for (const char* exported :
          {"KyScriptEngine::runScript", "KyScriptProgram::extractScript", "KyScriptRunner::initEngine",
           "KyScriptExternalObject::registerExternalCreator", "KyScriptStudy::worklistDataCB",
-          "KyUrlCall::sendRequest", "KyScriptTool::loadTools"})
+          "KyUrlCall::sendRequest", "KyScriptTool::loadTools", "KyScriptBrowserCtrl::setCreatedByEngine"})
         QVERIFY2(symbols.contains(exported), exported);
     for (const char* hidden :
          {"KyScriptGlobalLink", "KyScriptOrvane::tool", "KyScriptMessage::show", "KyScriptStudyOrder",
-          "KyScriptRunLog", "KyScriptHttpRequest::", "KyScriptProxy", "KyScriptWebSocket::"})
+          "KyScriptRunLog", "KyScriptHttpRequest::", "KyScriptProxy",
+          "KyScriptWebSocket::", "KyScriptOvBrowserCtrl", "KyScriptWebViewCtrl"})
         QVERIFY2(!symbols.contains(hidden), hidden);
 }
 

@@ -210,6 +210,7 @@ void tst_KyScriptEngine::eachOptionInstallsItsName_data()
     QTest::newRow("HttpRequest") << 0x100 << "HttpRequest";
     QTest::newRow("AuthToken") << 0x200 << "AuthToken";
     QTest::newRow("FileWriter") << 0x400 << "FileWriter";
+    QTest::newRow("BrowserCtrl") << 0x800 << "BrowserCtrl";
     QTest::newRow("WebSocket") << 0x1000 << "WebSocket";
     QTest::newRow("WebSocketServer") << 0x2000 << "WebSocketServer";
     QTest::newRow("WebSocketServerSSL") << 0x2000 << "WebSocketServerSSL";

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "KyScriptBrowserCtrl.h"
+
 #include <rnlib/RnContract.h>
 
 #include <QtQml/QJSEngine>
 
 #include <type_traits>
+#include <variant>
 
 class KyScriptDialog;
 
@@ -12,7 +15,8 @@ class KyScriptDialog;
 /// use it. A check that fails is a contract report; the name stays all the same.
 ///
 /// The check makes one object, which the garbage collector takes: an argument-less constructor must be cheap
-/// and without effects. A dialog builds a window, so only its constructor is looked at.
+/// and without effects. A dialog builds a window, so only its constructor is looked at; a browser control is
+/// made without the control behind it.
 template <class T>
 void addGlobalObjectFromMetaObject(QJSEngine& inEngine, const QString& className)
 {
@@ -21,6 +25,9 @@ void addGlobalObjectFromMetaObject(QJSEngine& inEngine, const QString& className
         dbc_holds(inEngine.evaluate(QStringLiteral("typeof %1;").arg(className)).toString() ==
                   QStringLiteral("function"));
     } else {
+        [[maybe_unused]] std::conditional_t<std::is_same_v<T, KyScriptBrowserCtrl>,
+                                            KyScriptBrowserCtrl::Uncontrolled, std::monostate>
+            check;
         dbc_holds(inEngine.evaluate(QStringLiteral("typeof new %1();").arg(className)).toString() ==
                   QStringLiteral("object"));
     }

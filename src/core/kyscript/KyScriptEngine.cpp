@@ -1,6 +1,7 @@
 #include "KyScriptEngine.h"
 
 #include "KyScriptAuthToken.h"
+#include "KyScriptBrowserCtrl.h"
 #include "KyScriptConstructible.h"
 #include "KyScriptDialog.h"
 #include "KyScriptExternalMetaObject.h"
@@ -108,6 +109,8 @@ void KyScriptEngine::installGlobals()
         addGlobalObjectFromMetaObject<KyScriptDialog>(*this, QStringLiteral("Dialog"));
     if (mOptions & ScriptIdGenerator)
         addGlobalObjectFromMetaObject<KyScriptIdGenerator>(*this, QStringLiteral("IdGenerator"));
+    if (mOptions & ScriptBrowserCtrl)
+        addGlobalObjectFromMetaObject<KyScriptBrowserCtrl>(*this, QStringLiteral("BrowserCtrl"));
     if (mOptions & ScriptWordCtrl)
         addGlobalObjectFromMetaObject<KyScriptWord>(*this, QStringLiteral("WordCtrl"));
     if (mOptions & ScriptWebSocket)

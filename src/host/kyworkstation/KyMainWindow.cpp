@@ -66,8 +66,10 @@ KyMainWindow::KyMainWindow()
                 KyStudySession::add(result.studies, kind == KyStudyLoader::Kind::Additional);
                 showStudies();
             });
-    if (KyMonitorManager* monitors = KyMonitorManager::instance())
+    if (KyMonitorManager* monitors = KyMonitorManager::instance()) {
         monitors->setMainWindow(this);
+        monitors->content(QLatin1String(KyMonitorContent::View))->addMainWindow(this);
+    }
     KyGUISizeManager::makeWidgetGeometryPersistent(this, "MainWindow", QSize(1100, 720), QPoint(40, 40));
     restoreLayout();
     showStudies();
@@ -75,8 +77,10 @@ KyMainWindow::KyMainWindow()
 
 KyMainWindow::~KyMainWindow()
 {
-    if (KyMonitorManager* monitors = KyMonitorManager::instance())
+    if (KyMonitorManager* monitors = KyMonitorManager::instance()) {
         monitors->setMainWindow(nullptr);
+        monitors->content(QLatin1String(KyMonitorContent::View))->removeMainWindow(this);
+    }
 }
 
 void KyMainWindow::makeCentralArea()

@@ -2,8 +2,9 @@
 
 #include "KyStudyLoader.h"
 
+#include <jxbase/JxMainWindow.h>
+
 #include <QtGui/QKeySequence>
-#include <QtWidgets/QMainWindow>
 
 class KyLoadingStatus;
 class KyScriptOutputPane;
@@ -20,7 +21,7 @@ class QStackedWidget;
 /// Each menu and each panel is a class of its own that knows nothing of the window; the window connects them.
 /// Made behind the host's platform and ended before it. While it lives it is the main window of the monitor
 /// manager. Closing it closes the consoles and ends the program.
-class KyMainWindow : public QMainWindow
+class KyMainWindow : public JxMainWindow
 {
     Q_OBJECT
 

@@ -7,19 +7,43 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <algorithm>
 #include <chrono>
 
 namespace {
 
 constexpr auto sSettleTime = std::chrono::milliseconds(400);
 
-QByteArray storedGeometry(const QString& inId)
+QString idOf(const QString& inKey)
+{
+    return QStringLiteral("GUI.Geometry.") + inKey;
+}
+
+QString storedText(const QString& inId)
 {
     OvRegistry::Value stored;
     const OvRegistry* registry = OvRegistry::getInstance();
-    if (!registry || !registry->getProperty(inId, stored))
-        return QByteArray();
-    return QByteArray::fromBase64(stored.value.toLatin1());
+    return registry && registry->getProperty(inId, stored) ? stored.value : QString();
+}
+
+/// Writes only what has changed.
+void storeText(const QString& inId, const QString& inText)
+{
+    OvRegistry::Value stored;
+    OvRegistry* registry = OvRegistry::getInstance();
+    if (registry &&
+        !(registry->getProperty(inId, stored, OvRegistry::UserPriority) && stored.value == inText))
+        registry->setProperty(inId, inText, OvRegistry::UserPriority);
+}
+
+QByteArray storedGeometry(const QString& inId)
+{
+    return QByteArray::fromBase64(storedText(inId).toLatin1());
+}
+
+int bounded(int inEdge)
+{
+    return std::clamp(inEdge, -KyGUISizeManager::MaxEdge, KyGUISizeManager::MaxEdge);
 }
 
 void setInitialGeometry(QWidget& ioWidget, const QSize& inSize, const QPoint& inPosition)
@@ -71,12 +95,7 @@ private:
         // What a minimized window reports is no place for the next start.
         if (mWidget.isMinimized())
             return;
-        const QString geometry = QString::fromLatin1(mWidget.saveGeometry().toBase64());
-        OvRegistry::Value stored;
-        OvRegistry* registry = OvRegistry::getInstance();
-        if (registry &&
-            !(registry->getProperty(mId, stored, OvRegistry::UserPriority) && stored.value == geometry))
-            registry->setProperty(mId, geometry, OvRegistry::UserPriority);
+        storeText(mId, QString::fromLatin1(mWidget.saveGeometry().toBase64()));
     }
 
     QWidget& mWidget;
@@ -93,9 +112,29 @@ void KyGUISizeManager::makeWidgetGeometryPersistent(QWidget* ioWidget, QAnyStrin
     if (!ioWidget)
         return;
     const QString key = inKey.toString();
-    const QString id = QStringLiteral("GUI.Geometry.") + key;
+    const QString id = idOf(key);
     if (key.isEmpty() || !ioWidget->restoreGeometry(storedGeometry(id)))
         setInitialGeometry(*ioWidget, inInitialSize, inInitialPosition);
     if (!key.isEmpty())
         new GeometryKeeper(*ioWidget, id);
+}
+
+QRect KyGUISizeManager::storedWidgetGeometry(const QString& inKey)
+{
+    const QStringList edges = storedText(idOf(inKey)).split(QLatin1Char(' '));
+    if (inKey.isEmpty() || edges.size() != 4)
+        return QRect();
+    const auto edge = [&](int inIndex) { return bounded(edges.at(inIndex).toInt()); };
+    return QRect(QPoint(edge(0), edge(1)), QPoint(edge(2), edge(3)));
+}
+
+void KyGUISizeManager::storeWidgetGeometry(const QRect& inGeometry, const QString& inKey)
+{
+    if (inKey.isEmpty())
+        return;
+    storeText(idOf(inKey), QStringLiteral("%1 %2 %3 %4")
+                               .arg(bounded(inGeometry.left()))
+                               .arg(bounded(inGeometry.top()))
+                               .arg(bounded(inGeometry.right()))
+                               .arg(bounded(inGeometry.bottom())));
 }

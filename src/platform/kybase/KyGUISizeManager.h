@@ -2,7 +2,9 @@
 
 #include <QAnyStringView>
 #include <QPoint>
+#include <QRect>
 #include <QSize>
+#include <QString>
 
 class QWidget;
 
@@ -23,4 +25,12 @@ public:
     /// nothing is kept. A null widget is ignored.
     static void makeWidgetGeometryPersistent(QWidget* ioWidget, QAnyStringView inKey,
                                              const QSize& inInitialSize, const QPoint& inInitialPosition);
+
+    /// What storeWidgetGeometry() has stored under \a inKey; an empty rectangle when there is nothing.
+    static QRect storedWidgetGeometry(const QString& inKey);
+    /// Stores a place and a size, an empty one too, under \a inKey for later runs of the application. Edges
+    /// beyond MaxEdge, as no screen has them, are brought to it. With an empty key nothing is kept.
+    static void storeWidgetGeometry(const QRect& inGeometry, const QString& inKey);
+
+    static constexpr int MaxEdge = (1 << 24) - 1;
 };

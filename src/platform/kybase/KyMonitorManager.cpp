@@ -31,3 +31,13 @@ QWidget* KyMonitorManager::parentForGlobalNonModalWidget(const QString&)
 {
     return sInstance ? sInstance->mMainWindow.data() : nullptr;
 }
+
+KyMonitorContent* KyMonitorManager::content(const QString& inId)
+{
+    return &mContents.try_emplace(inId, inId).first->second;
+}
+
+QList<JxMainWindow*> KyMonitorManager::mainWindows(const KyMonitorContent* inContent) const
+{
+    return inContent ? inContent->mainWindows() : QList<JxMainWindow*>();
+}

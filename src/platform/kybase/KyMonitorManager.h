@@ -1,8 +1,12 @@
 #pragma once
 
+#include "KyMonitorContent.h"
+
 #include <QPointer>
 #include <QString>
 #include <QWidget>
+
+#include <map>
 
 /// The windows of the client on its monitors, and who parents a new one.
 ///
@@ -30,6 +34,14 @@ public:
     /// Null without one. \a inContentId, the monitor content that the window belongs to, is empty for none.
     static QWidget* parentForGlobalNonModalWidget(const QString& inContentId = QString());
 
+    /// The content of this name, made when it is asked for the first time. Never null; belongs to the
+    /// manager.
+    KyMonitorContent* content(const QString& inId);
+    /// The main windows that show \a inContent, the first one first, null for one that has gone. Empty for a
+    /// null content.
+    QList<JxMainWindow*> mainWindows(const KyMonitorContent* inContent) const;
+
 private:
     QPointer<QWidget> mMainWindow;
+    std::map<QString, KyMonitorContent> mContents;
 };

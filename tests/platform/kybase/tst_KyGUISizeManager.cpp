@@ -34,6 +34,12 @@ private slots:
     void damagedGeometryCountsAsNone();
     void worksWithoutARegistry();
     void nullWidgetAndEmptyKeyAreHarmless();
+    void geometryIsStoredByItself_data();
+    void geometryIsStoredByItself();
+    void storedGeometryIsKeptForLaterRuns();
+    void damagedStoredGeometryIsEmpty_data();
+    void damagedStoredGeometryIsEmpty();
+    void withoutRegistryOrKeyNoGeometryIsStored();
 
 private:
     /// A window of the key "K" that was at the given place at the end of the last start.
@@ -276,6 +282,61 @@ void tst_KyGUISizeManager::nullWidgetAndEmptyKeyAreHarmless()
     window.show();
     window.hide();
     QVERIFY(mStore->content().isEmpty());
+}
+
+void tst_KyGUISizeManager::geometryIsStoredByItself_data()
+{
+    QTest::addColumn<QRect>("given");
+    QTest::addColumn<QRect>("stored");
+    constexpr int most = KyGUISizeManager::MaxEdge;
+    const auto same = [](const char* inName, const QRect& inRect) {
+        QTest::newRow(inName) << inRect << inRect;
+    };
+    same("usual", QRect(10, 20, 300, 400));
+    same("left of the screen", QRect(-500, -20, 300, 400));
+    same("empty", QRect());
+    same("less than empty", QRect(QPoint(10, 10), QPoint(5, 5)));
+    QTest::newRow("beyond all screens") << QRect(QPoint(INT_MIN, INT_MIN), QPoint(INT_MAX, INT_MAX))
+                                        << QRect(QPoint(-most, -most), QPoint(most, most));
+}
+
+void tst_KyGUISizeManager::geometryIsStoredByItself()
+{
+    QFETCH(QRect, given);
+    QCOMPARE(KyGUISizeManager::storedWidgetGeometry("K"), QRect());
+    KyGUISizeManager::storeWidgetGeometry(given, "K");
+    QTEST(KyGUISizeManager::storedWidgetGeometry("K"), "stored");
+    QCOMPARE(KyGUISizeManager::storedWidgetGeometry("L"), QRect());
+}
+
+void tst_KyGUISizeManager::storedGeometryIsKeptForLaterRuns()
+{
+    KyGUISizeManager::storeWidgetGeometry(QRect(1, 2, 3, 4), "K");
+    restart();
+    QCOMPARE(KyGUISizeManager::storedWidgetGeometry("K"), QRect(1, 2, 3, 4));
+}
+
+void tst_KyGUISizeManager::damagedStoredGeometryIsEmpty_data()
+{
+    QTest::addColumn<QString>("text");
+    for (const char* text : {"", "1 2 3", "1 2 3 4 5", "AdnQywAD"})
+        QTest::newRow(qPrintable('"' + QString(text) + '"')) << text;
+}
+
+void tst_KyGUISizeManager::damagedStoredGeometryIsEmpty()
+{
+    QFETCH(QString, text);
+    QVERIFY(mRegistry->setProperty("GUI.Geometry.K", text, OvRegistry::UserPriority));
+    QCOMPARE(KyGUISizeManager::storedWidgetGeometry("K"), QRect());
+}
+
+void tst_KyGUISizeManager::withoutRegistryOrKeyNoGeometryIsStored()
+{
+    KyGUISizeManager::storeWidgetGeometry(QRect(1, 2, 3, 4), "");
+    QCOMPARE(KyGUISizeManager::storedWidgetGeometry(""), QRect());
+    mRegistry.reset();
+    KyGUISizeManager::storeWidgetGeometry(QRect(1, 2, 3, 4), "K");
+    QCOMPARE(KyGUISizeManager::storedWidgetGeometry("K"), QRect());
 }
 
 KY_TEST_MAIN(tst_KyGUISizeManager)

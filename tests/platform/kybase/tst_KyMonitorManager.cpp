@@ -1,3 +1,4 @@
+#include <jxbase/JxMainWindow.h>
 #include <kybase/KyMonitorManager.h>
 
 #include <QTest>
@@ -12,6 +13,9 @@ private slots:
     void theMainWindowParentsAllWindows();
     void aDeletedMainWindowCountsAsNone();
     void theEndOfTheManagerEndsItsAnswers();
+    void contentsHaveTheirMainWindows();
+    void mainWindowThatHasGoneIsNull();
+    void withoutAContentThereIsNoMainWindow();
 };
 
 void tst_KyMonitorManager::withoutAManagerThereIsNoParent()
@@ -58,6 +62,40 @@ void tst_KyMonitorManager::theEndOfTheManagerEndsItsAnswers()
         manager.setMainWindow(&window);
     }
     QCOMPARE(KyMonitorManager::parentForModalWidget(), nullptr);
+}
+
+void tst_KyMonitorManager::contentsHaveTheirMainWindows()
+{
+    KyMonitorManager manager;
+    JxMainWindow first;
+    JxMainWindow second;
+    KyMonitorContent* view = manager.content("View");
+    QCOMPARE(view->id(), QString("View"));
+    QCOMPARE(manager.content("View"), view);
+    view->addMainWindow(&first);
+    view->addMainWindow(&second);
+    QCOMPARE(manager.mainWindows(view), QList<JxMainWindow*>({&first, &second}));
+    QCOMPARE(manager.mainWindows(manager.content("Worklist")), QList<JxMainWindow*>());
+    view->removeMainWindow(&first);
+    QCOMPARE(manager.mainWindows(view), QList<JxMainWindow*>({&second}));
+}
+
+void tst_KyMonitorManager::mainWindowThatHasGoneIsNull()
+{
+    KyMonitorManager manager;
+    JxMainWindow second;
+    {
+        JxMainWindow first;
+        manager.content("View")->addMainWindow(&first);
+        manager.content("View")->addMainWindow(&second);
+    }
+    QCOMPARE(manager.mainWindows(manager.content("View")), QList<JxMainWindow*>({nullptr, &second}));
+}
+
+void tst_KyMonitorManager::withoutAContentThereIsNoMainWindow()
+{
+    KyMonitorManager manager;
+    QCOMPARE(manager.mainWindows(nullptr), QList<JxMainWindow*>());
 }
 
 QTEST_MAIN(tst_KyMonitorManager)

@@ -1,0 +1,5 @@
+#include "JxMainWindow.h"
+
+JxMainWindow::JxMainWindow(QWidget* inParent, Qt::WindowFlags inFlags)
+    : JxTopLevelWidgetWrapper<QMainWindow>(inParent, inFlags)
+{}
