@@ -185,14 +185,31 @@ void tst_KyScriptEngine::emptyMaskInstallsOnlyTheFourFunctions()
 void tst_KyScriptEngine::fullMaskInstallsEveryName()
 {
     Engine engine(-1);
-    QCOMPARE(globalNames(engine), QStringList({"AuthToken",      "Dialog",          "FileDialog",
-                                               "FileWriter",     "Global",          "HttpRequest",
-                                               "IdGenerator",    "Message",         "Orvane",
-                                               "RichEditCtrl",   "Server",          "StudyList",
-                                               "System",         "Timer",           "Url",
-                                               "WebSocket",      "WebSocketServer", "WebSocketServerSSL",
-                                               "WordCtrl",       "XmlFileWriter",   "btoa",
-                                               "collectGarbage", "guiDate",         "guiTime"}));
+    QCOMPARE(globalNames(engine), QStringList({"AuthToken",
+                                               "BrowserCtrl",
+                                               "Dialog",
+                                               "FileDialog",
+                                               "FileWriter",
+                                               "Global",
+                                               "HttpRequest",
+                                               "IdGenerator",
+                                               "Message",
+                                               "Orvane",
+                                               "RichEditCtrl",
+                                               "Server",
+                                               "StudyList",
+                                               "System",
+                                               "Timer",
+                                               "Url",
+                                               "WebSocket",
+                                               "WebSocketServer",
+                                               "WebSocketServerSSL",
+                                               "WordCtrl",
+                                               "XmlFileWriter",
+                                               "btoa",
+                                               "collectGarbage",
+                                               "guiDate",
+                                               "guiTime"}));
 }
 
 void tst_KyScriptEngine::eachOptionInstallsItsName_data()
