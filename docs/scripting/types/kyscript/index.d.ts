@@ -14,5 +14,6 @@
 /// <reference path="timers.d.ts" />
 /// <reference path="files.d.ts" />
 /// <reference path="web.d.ts" />
+/// <reference path="browser.d.ts" />
 /// <reference path="backend.d.ts" />
 /// <reference path="report.d.ts" />
