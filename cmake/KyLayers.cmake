@@ -13,10 +13,11 @@ set(KY_LAYER_kybase 3)
 set(KY_LAYER_kyreporttab 4)
 set(KY_LAYER_kywebview 4)
 set(KY_LAYER_kyscript 5)
+set(KY_LAYER_kysite 5)
 set(KY_LAYER_kyhost 6)
 
 # In the order in which they are built.
-set(KY_PLATFORM_LIBRARIES rnlib rnwin ovbase jxbase ovwebservice ovvolren kyresources kybase kyreporttab kywebview)
+set(KY_PLATFORM_LIBRARIES rnlib rnwin ovbase jxbase ovwebservice ovvolren kyresources kybase kyreporttab kywebview kysite)
 
 # Stops the configuration when TARGET would link one of LINKS upward or sideways.
 function(ky_check_layers target)

@@ -17,6 +17,8 @@
 #include <QtQml/QJSEngine>
 #include <QtQml/QJSValueIterator>
 
+#include <cmath>
+
 namespace {
 
 std::string latin1(const QString& inText)
@@ -40,6 +42,15 @@ bool isHostValue(const QJSValue& inValue)
            inValue.toVariant(QJSValue::RetainJSObjects).metaType() != QMetaType::fromType<QJSValue>();
 }
 
+/// A whole number beyond int, which as a double would cross with an exponent.
+QVariant withoutExponent(const QVariant& inValue)
+{
+    constexpr double limit = 9007199254740992.0;
+    const double number = inValue.typeId() == QMetaType::Double ? inValue.toDouble() : 0.5;
+    const bool isWhole = number == std::trunc(number) && std::abs(number) <= limit;
+    return isWhole ? QVariant(qlonglong(number)) : inValue;
+}
+
 /// The properties of an object; what holds further values stays a value of the script, which has no text.
 /// What a getter throws must not reach the script.
 QVariantMap propertiesOf(const QJSValue& inObject, const QObject* inHost)
@@ -52,7 +63,7 @@ QVariantMap propertiesOf(const QJSValue& inObject, const QObject* inHost)
         const bool hasThrown = engine && engine->hasError();
         if (hasThrown)
             engine->catchError();
-        map.insert(property.name(), hasThrown ? QVariant() : value);
+        map.insert(property.name(), hasThrown ? QVariant() : withoutExponent(value));
     }
     return map;
 }
