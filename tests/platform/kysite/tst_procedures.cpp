@@ -74,8 +74,9 @@ create table patients (id integer primary key, name nvarchar(64), born date, dea
 const QList<std::pair<const char*, const char*>> SqliteFiles = {
     {"get_patients", "-- columns: int, nvarchar\nselect id, name from patients"
                      " where name like coalesce(:name_like, '%') order by id"},
-    {"add_patient", "insert into patients (name, dead, seen, dose, films)"
-                    " values (:name, coalesce(:dead, 'false') in ('true', '1'), replace(:seen, 'T', ' '), :dose, :films)"},
+    {"add_patient",
+     "insert into patients (name, dead, seen, dose, films)"
+     " values (:name, coalesce(:dead, 'false') in ('true', '1'), replace(:seen, 'T', ' '), :dose, :films)"},
     {"all_types", "-- columns: bit, smallint, int, bigint, float, real, datetime2, nvarchar\n"
                   "select dead, small, id, films, dose, weight, seen, name from patients order by id"},
     {"declared",
