@@ -234,10 +234,14 @@ void tst_KyScriptOrvaneBackend::parametersCrossAsText_data()
                            << "v='0.1'";
     QTest::newRow("beyond int") << "4294967296"
                                 << "v='4294967296'";
-    QTest::newRow("largest whole number") << "9007199254740992" << "v='9007199254740992'";
-    QTest::newRow("whole number with an exponent") << "-1e15" << "v='-1000000000000000'";
-    QTest::newRow("beyond whole numbers") << "1e21" << "v='1e+21'";
-    QTest::newRow("not a number") << "NaN" << "v='nan'";
+    QTest::newRow("largest whole number") << "9007199254740992"
+                                          << "v='9007199254740992'";
+    QTest::newRow("whole number with an exponent") << "-1e15"
+                                                   << "v='-1000000000000000'";
+    QTest::newRow("beyond whole numbers") << "1e21"
+                                          << "v='1e+21'";
+    QTest::newRow("not a number") << "NaN"
+                                  << "v='nan'";
     QTest::newRow("true") << "true"
                           << "v='true'";
     QTest::newRow("false") << "false"
