@@ -7,8 +7,9 @@
  *
  * @example
  * var help = new BrowserCtrl("help");
- * help.sendCommand("URL http://127.0.0.1:8080/help.html");
- * help.sendCommand("SHOW");
+ * help.setInstallationDirectory("/opt/browser");
+ * if (help.isInstalled())
+ *     help.sendCommand("URL http://127.0.0.1:8080/help.html;SHOW");
  */
 interface BrowserCtrl extends HostObject {
     /** The arguments of the next start of a program. Neutral, for a window: a line of the log. */
