@@ -14,9 +14,17 @@ function(ky_add_library name)
   target_compile_features(${name} PUBLIC cxx_std_20)
   set_target_properties(${name} PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
-  install(TARGETS ${name} EXPORT KyScriptTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  ky_install_library(${name})
   foreach(header IN LISTS arg_HEADERS)
-    install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kyscript/${name})
+    install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kyscript/${name} COMPONENT development)
   endforeach()
+endfunction()
+
+# The library itself for those who run programs, the name to link with for those who build them.
+function(ky_install_library name)
+  set_property(GLOBAL APPEND PROPERTY KY_INSTALLED_LIBRARIES ${name})
+  install(TARGETS ${name} EXPORT KyScriptTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libraries NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT libraries)
 endfunction()
