@@ -67,10 +67,11 @@ RnHandle<KyBaseViewer> findViewer(const QString& inProtocolDisplaySetId)
     return nullptr;
 }
 
-KyLoadHelper* loadHelper()
+using Session = std::shared_ptr<KySessionContext>;
+
+KyLoadHelper* loadHelper(const Session& inSession)
 {
-    KySessionContext* session = KySessionContext::currentInstance();
-    return session ? session->component<KyLoadHelper>(true) : nullptr;
+    return inSession ? inSession->component<KyLoadHelper>(true) : nullptr;
 }
 
 } // namespace
@@ -210,15 +211,17 @@ QString KyScriptOrvane::eval(QString inCommand, QString inArguments)
     return QString::fromLatin1(answer.data(), qsizetype(answer.size()));
 }
 
+/// The session is held: another may begin while the user reads.
 int KyScriptOrvane::showOutOfSyncWarning()
 {
-    KyLoadHelper* helper = loadHelper();
+    const Session session = KySessionContext::currentInstance();
+    KyLoadHelper* helper = loadHelper(session);
     return helper ? helper->showOutOfSyncWarning(mExtAcc) : 0;
 }
 
 bool KyScriptOrvane::isOutOfSync()
 {
-    const KyLoadHelper* helper = loadHelper();
+    const KyLoadHelper* helper = loadHelper(KySessionContext::currentInstance());
     return helper && helper->isOutOfSync(mExtAcc);
 }
 

@@ -30,7 +30,7 @@ constexpr QLatin1String WorklistPrefix("Worklist.");
 template <class T>
 T* component()
 {
-    KySessionContext* context = KySessionContext::currentInstance();
+    const auto context = KySessionContext::currentInstance();
     return context ? context->component<T>(true) : nullptr;
 }
 

@@ -24,7 +24,7 @@ QMimeData* KySeriesDrag::mimeData(const KyViewerLayer& inLayer)
 KyViewerLayer KySeriesDrag::layer(const QMimeData& inData)
 {
     const QList<QByteArray> uids = inData.data(QLatin1String(MimeType)).split(Separator);
-    KySessionContext* session = KySessionContext::currentInstance();
+    const auto session = KySessionContext::currentInstance();
     const auto* loader = session ? session->component<KyLoadHelper>(true) : nullptr;
     if (uids.size() != 2 || !loader)
         return {};

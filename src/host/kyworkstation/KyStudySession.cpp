@@ -10,7 +10,7 @@ using Exams = KyLoadHelper::Exams;
 
 KyLoadHelper* loader()
 {
-    KySessionContext* session = KySessionContext::currentInstance();
+    const auto session = KySessionContext::currentInstance();
     return session ? session->component<KyLoadHelper>(true) : nullptr;
 }
 

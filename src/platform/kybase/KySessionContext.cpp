@@ -4,7 +4,6 @@
 
 namespace {
 
-KySessionContext* sCurrent = nullptr;
 int sSessions = 0;
 
 } // namespace
@@ -14,25 +13,27 @@ KySessionComponent::~KySessionComponent() = default;
 KySessionContext::KySessionContext()
     : mId{++sSessions}
 {
-    sCurrent = this;
+    currentInstance() = std::shared_ptr<KySessionContext>(std::shared_ptr<void>(), this);
 }
 
 KySessionContext::~KySessionContext()
 {
-    if (sCurrent == this)
-        sCurrent = nullptr;
+    if (currentInstance().get() == this)
+        currentInstance().reset();
     while (!mComponents.empty())
         mComponents.pop_back();
 }
 
-KySessionContext* KySessionContext::currentInstance()
+/// Never destroyed, so that a session that ends late can still leave it.
+std::shared_ptr<KySessionContext>& KySessionContext::currentInstance()
 {
-    return sCurrent;
+    static auto& current = *new std::shared_ptr<KySessionContext>;
+    return current;
 }
 
 OvSessionContextID KySessionContext::currentInstanceID()
 {
-    return sCurrent ? sCurrent->id() : OvSessionContextID();
+    return currentInstance() ? currentInstance()->id() : OvSessionContextID();
 }
 
 KySessionComponent* KySessionContext::find(std::type_index inType) const

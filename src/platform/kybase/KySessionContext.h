@@ -34,8 +34,10 @@ public:
     KySessionContext(const KySessionContext&) = delete;
     KySessionContext& operator=(const KySessionContext&) = delete;
 
-    /// Null when there is no session.
-    static KySessionContext* currentInstance();
+    /// Empty when there is no session. Users take a copy for as long as they work with the session: in a
+    /// client whose sessions are shared that keeps it alive. Here a session is its maker's, and a copy does
+    /// not keep it.
+    static std::shared_ptr<KySessionContext>& currentInstance();
 
     /// The id of the current session; the default one when there is none.
     static OvSessionContextID currentInstanceID();

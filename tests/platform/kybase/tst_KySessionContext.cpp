@@ -52,6 +52,7 @@ private slots:
     void thereIsNoSessionAtFirst();
     void constructionBeginsAndDestructionEndsTheSession();
     void theEndOfAnOlderSessionLeavesTheNewerOne();
+    void theSessionIsReachedByASharedPointer();
     void eachSessionHasAnIdOfItsOwn();
     void aMissingComponentIsMadeOnlyOnDemand();
     void aComponentIsMadeOnce();
@@ -68,16 +69,16 @@ void tst_KySessionContext::init()
 
 void tst_KySessionContext::thereIsNoSessionAtFirst()
 {
-    QCOMPARE(KySessionContext::currentInstance(), nullptr);
+    QVERIFY(!KySessionContext::currentInstance());
 }
 
 void tst_KySessionContext::constructionBeginsAndDestructionEndsTheSession()
 {
     {
         KySessionContext context;
-        QCOMPARE(KySessionContext::currentInstance(), &context);
+        QCOMPARE(KySessionContext::currentInstance().get(), &context);
     }
-    QCOMPARE(KySessionContext::currentInstance(), nullptr);
+    QVERIFY(!KySessionContext::currentInstance());
 }
 
 void tst_KySessionContext::theEndOfAnOlderSessionLeavesTheNewerOne()
@@ -85,7 +86,25 @@ void tst_KySessionContext::theEndOfAnOlderSessionLeavesTheNewerOne()
     auto older = std::make_unique<KySessionContext>();
     KySessionContext newer;
     older.reset();
-    QCOMPARE(KySessionContext::currentInstance(), &newer);
+    QCOMPARE(KySessionContext::currentInstance().get(), &newer);
+}
+
+/// As a client's may be, which shares its sessions: then whoever works with one keeps it.
+void tst_KySessionContext::theSessionIsReachedByASharedPointer()
+{
+    static_assert(
+        std::is_same_v<decltype(KySessionContext::currentInstance()), std::shared_ptr<KySessionContext>&>);
+    auto shared = std::make_shared<KySessionContext>();
+    shared->component<First>(true);
+    KySessionContext::currentInstance() = shared;
+    auto held = KySessionContext::currentInstance();
+    shared.reset();
+    KySessionContext::currentInstance().reset();
+    QVERIFY(!KySessionContext::currentInstance());
+    QVERIFY(held->component<First>(false));
+    QVERIFY(sEnded.isEmpty());
+    held.reset();
+    QCOMPARE(sEnded, QStringList(QStringLiteral("First")));
 }
 
 void tst_KySessionContext::eachSessionHasAnIdOfItsOwn()
