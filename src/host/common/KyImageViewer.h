@@ -30,7 +30,7 @@ struct KyViewerLayer
 /// to come in; until its headers are read there is no volume and no slice. Made and held by KyViewerLayout.
 ///
 /// The viewer's conditions: in a plane across the images elements have a value only where all images share
-/// it, and a window that the user or a script has set is told as the Window Center and Window Width.
+/// it, and a window that the user has set is told as the Window Center and Window Width of the first layer.
 class KyImageViewer final : public QObject, public KyBaseViewer, private KyConditionSource
 {
     Q_OBJECT

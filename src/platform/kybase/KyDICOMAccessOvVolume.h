@@ -13,6 +13,7 @@ public:
     /// the volume's, such as -1 for none on show, leaves the elements that all images share.
     KyDICOMAccessOvVolume(const OvVolume* inVolume, int inSliceNumber);
 
+    const OvVolume* volume() const override { return mVolume.get(); }
     QVariant tag(const KyDICOMObjectInfo::TagKey& inKey, KyDICOMObjectInfo::Warnings* outWarnings,
                  const QVariant& inDefault) const override;
     QVariant sharedTag(const KyDICOMObjectInfo::TagKey& inKey, KyDICOMObjectInfo::Warnings* outWarnings,

@@ -23,17 +23,22 @@ QString KyDICOMObjectInfo::TagKey::serialize() const
     return mPath.isValid() ? prefix + mPath.toText() : QString();
 }
 
-void KyDICOMObjectInfo::ConditionDictionary::setValue(const TagKey& inKey, const QVariant& inValue)
+void KyDICOMObjectInfo::ConditionDictionary::setValue(const TagKey& inKey, const QVariant& inValue,
+                                                      const OvVolume* inVolume)
 {
-    std::erase_if(mValues, [&](const auto& known) { return known.first == inKey; });
-    mValues.emplace_back(inKey, inValue);
+    std::erase_if(mValues,
+                  [&](const Condition& c) { return c.key == inKey && (!inVolume || c.volume == inVolume); });
+    mValues.push_back({inKey, inVolume, inValue});
 }
 
-const QVariant* KyDICOMObjectInfo::ConditionDictionary::value(const TagKey& inKey) const
+/// The one that was set last.
+const QVariant* KyDICOMObjectInfo::ConditionDictionary::value(const TagKey& inKey,
+                                                              const OvVolume* inVolume) const
 {
-    const auto found =
-        std::find_if(mValues.begin(), mValues.end(), [&](const auto& known) { return known.first == inKey; });
-    return found == mValues.end() ? nullptr : &found->second;
+    const auto found = std::find_if(mValues.rbegin(), mValues.rend(), [&](const Condition& c) {
+        return c.key == inKey && (!c.volume || c.volume == inVolume);
+    });
+    return found == mValues.rend() ? nullptr : &found->value;
 }
 
 KyDICOMObjectInfo::Dictionary::Dictionary(const std::shared_ptr<const ConditionDictionary>& inConditions)
@@ -45,7 +50,8 @@ QVariant KyDICOMObjectInfo::Dictionary::evaluate(const TagKey& inKey,
                                                  Warnings* outWarnings, bool inEmptyForNone) const
 {
     const QVariant none = inEmptyForNone ? QVariant(QString()) : QVariant();
-    if (const QVariant* value = mConditions ? mConditions->value(inKey) : nullptr)
+    const OvVolume* volume = inObject ? inObject->volume() : nullptr;
+    if (const QVariant* value = mConditions ? mConditions->value(inKey, volume) : nullptr)
         return value->isValid() ? *value : none;
     if (!inObject)
         return none;

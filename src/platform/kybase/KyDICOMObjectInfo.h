@@ -7,10 +7,10 @@
 #include <QVariant>
 
 #include <memory>
-#include <utility>
 #include <vector>
 
 class KyDICOMObjectInterface;
+class OvVolume;
 
 /// How the application names DICOM elements, and what can go wrong when one is read.
 class KyDICOMObjectInfo
@@ -53,10 +53,11 @@ public:
     {
     public:
         /// The element \a inKey has the value \a inValue for the viewer, whatever its images say. The window
-        /// that a user has chosen is told in this way. An invalid value hides the element.
-        void setValue(const TagKey& inKey, const QVariant& inValue);
-        /// Null for a key without such a value.
-        const QVariant* value(const TagKey& inKey) const;
+        /// that a user has chosen is told in this way. An invalid value hides the element. With an
+        /// \a inVolume, which is only compared, that is so for the images of this volume alone.
+        void setValue(const TagKey& inKey, const QVariant& inValue, const OvVolume* inVolume = nullptr);
+        /// Null for a key without such a value for the images of \a inVolume, which may be null.
+        const QVariant* value(const TagKey& inKey, const OvVolume* inVolume = nullptr) const;
 
         /// True when what is on show is no single image, as in a plane across all of them: then an element
         /// has a value only where all images have the same.
@@ -64,7 +65,14 @@ public:
         bool sharedOnly() const { return mSharedOnly; }
 
     private:
-        std::vector<std::pair<TagKey, QVariant>> mValues;
+        struct Condition
+        {
+            TagKey key;
+            const OvVolume* volume; ///< Null for all.
+            QVariant value;
+        };
+
+        std::vector<Condition> mValues;
         bool mSharedOnly = false;
     };
 

@@ -10,6 +10,9 @@ class KyDICOMObjectInterface
 public:
     virtual ~KyDICOMObjectInterface();
 
+    /// The volume that the object is an image of; null for any other object.
+    virtual const OvVolume* volume() const { return nullptr; }
+
     /// The value of the element \a inKey, or \a inDefault when the object lacks it. Oddities of the value are
     /// added to \a outWarnings, if not null. Types are those of Ovg::DicomHeader::value().
     virtual QVariant tag(const KyDICOMObjectInfo::TagKey& inKey, KyDICOMObjectInfo::Warnings* outWarnings,

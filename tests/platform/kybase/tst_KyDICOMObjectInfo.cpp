@@ -95,6 +95,45 @@ private slots:
         QVERIFY(!conditions->value(patient()));
     }
 
+    void aConditionMayHoldForOneVolume()
+    {
+        class OfVolume final : public KyDICOMObjectInterface
+        {
+        public:
+            explicit OfVolume(const OvVolume* inVolume)
+                : mVolume(inVolume)
+            {}
+            const OvVolume* volume() const override { return mVolume; }
+            QVariant tag(const TagKey&, KyDICOMObjectInfo::Warnings*, const QVariant&) const override
+            {
+                return "own";
+            }
+
+        private:
+            const OvVolume* const mVolume;
+        };
+        // Only compared, never used.
+        int places[2];
+        const auto* first = reinterpret_cast<const OvVolume*>(&places[0]);
+        const auto* second = reinterpret_cast<const OvVolume*>(&places[1]);
+        auto conditions = std::make_shared<KyDICOMObjectInfo::ConditionDictionary>();
+        const auto valueOf = [&](const OvVolume* inVolume) {
+            return KyDICOMObjectInfo::Dictionary(conditions)
+                .evaluate(study(), std::make_shared<OfVolume>(inVolume), nullptr, false)
+                .toString();
+        };
+        conditions->setValue(study(), "a", first);
+        QCOMPARE(valueOf(first) + valueOf(second) + valueOf(nullptr), "aownown");
+        conditions->setValue(study(), "b", second);
+        QCOMPARE(valueOf(first) + valueOf(second) + valueOf(nullptr), "abown");
+        conditions->setValue(study(), "c", first);
+        QCOMPARE(valueOf(first) + valueOf(second) + valueOf(nullptr), "cbown");
+        conditions->setValue(study(), "all");
+        QCOMPARE(valueOf(first) + valueOf(second) + valueOf(nullptr), "allallall");
+        conditions->setValue(study(), QVariant(), first);
+        QCOMPARE(valueOf(first) + valueOf(second) + valueOf(nullptr), "allall");
+    }
+
     void anInvalidConditionHidesTheValue()
     {
         auto conditions = std::make_shared<KyDICOMObjectInfo::ConditionDictionary>();
