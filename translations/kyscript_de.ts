@@ -76,6 +76,40 @@
     </message>
 </context>
 <context>
+    <name>KyImageViewer</name>
+    <message>
+        <source>Reading the series…</source>
+        <translation>Die Serie wird gelesen …</translation>
+    </message>
+    <message>
+        <source>This image cannot be shown: %1.</source>
+        <translation>Dieses Bild kann nicht gezeigt werden: %1.</translation>
+    </message>
+    <message>
+        <source>Second series: %1</source>
+        <translation>Zweite Serie: %1</translation>
+    </message>
+    <message>
+        <source>No fusion: %1</source>
+        <translation>Keine Fusion: %1</translation>
+    </message>
+</context>
+<context>
+    <name>KyImageViewerWidget</name>
+    <message>
+        <source>Viewer %1</source>
+        <translation>Bildfenster %1</translation>
+    </message>
+    <message>
+        <source>Weight of the second series</source>
+        <translation>Gewicht der zweiten Serie</translation>
+    </message>
+    <message>
+        <source>Double-click a series, or drag it here</source>
+        <translation>Eine Serie doppelt anklicken oder hierher ziehen</translation>
+    </message>
+</context>
+<context>
     <name>KyLoadHelper</name>
     <message>
         <source>none</source>
@@ -197,10 +231,6 @@ Auftragsnummern hier: %2</translation>
         <translation>Im Protokoll suchen</translation>
     </message>
     <message>
-        <source>C&amp;lear</source>
-        <translation>&amp;Leeren</translation>
-    </message>
-    <message>
         <source>Log</source>
         <translation>Protokoll</translation>
     </message>
@@ -209,7 +239,11 @@ Auftragsnummern hier: %2</translation>
         <translation>&amp;Kopieren</translation>
     </message>
     <message>
-        <source>Le&amp;vel:</source>
+        <source>&amp;Clear</source>
+        <translation>&amp;Leeren</translation>
+    </message>
+    <message>
+        <source>&amp;Level:</source>
         <translation>Stu&amp;fe:</translation>
     </message>
 </context>
@@ -538,6 +572,10 @@ Auftragsnummern hier: %2</translation>
         <source>Images</source>
         <translation>Bilder</translation>
     </message>
+    <message>
+        <source>Series %1</source>
+        <translation>Serie %1</translation>
+    </message>
 </context>
 <context>
     <name>KyStudyListView</name>
@@ -557,6 +595,186 @@ Open a folder of DICOM files with Ctrl+O, or drop it here.</source>
     <message>
         <source>Tools</source>
         <translation>Werkzeuge</translation>
+    </message>
+</context>
+<context>
+    <name>KyViewerLayout</name>
+    <message>
+        <source>One Viewer</source>
+        <translation>Ein Bildfenster</translation>
+    </message>
+    <message>
+        <source>Two Viewers Side by Side</source>
+        <translation>Zwei Bildfenster nebeneinander</translation>
+    </message>
+    <message>
+        <source>Four Viewers</source>
+        <translation>Vier Bildfenster</translation>
+    </message>
+</context>
+<context>
+    <name>KyViewerMenu</name>
+    <message>
+        <source>&amp;Soft Tissue</source>
+        <translation>&amp;Weichteile</translation>
+    </message>
+    <message>
+        <source>&amp;Lung</source>
+        <translation>&amp;Lunge</translation>
+    </message>
+    <message>
+        <source>&amp;Bone</source>
+        <translation>&amp;Knochen</translation>
+    </message>
+    <message>
+        <source>B&amp;rain</source>
+        <translation>&amp;Gehirn</translation>
+    </message>
+    <message>
+        <source>&amp;Vessels</source>
+        <translation>Ge&amp;fäße</translation>
+    </message>
+    <message>
+        <source>&amp;Images</source>
+        <translation>&amp;Bilder</translation>
+    </message>
+    <message>
+        <source>&amp;Window</source>
+        <translation>&amp;Fenster</translation>
+    </message>
+    <message>
+        <source>&amp;Fuse With</source>
+        <translation>F&amp;usion mit</translation>
+    </message>
+    <message>
+        <source>&amp;Reset</source>
+        <translation>&amp;Zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Show the images as at first (R)</source>
+        <translation>Die Bilder wie zu Anfang zeigen (R)</translation>
+    </message>
+    <message>
+        <source>&amp;Empty the Viewer</source>
+        <translation>Bildfenster &amp;leeren</translation>
+    </message>
+    <message>
+        <source>Show nothing in the active viewer</source>
+        <translation>Im aktiven Bildfenster nichts zeigen</translation>
+    </message>
+    <message>
+        <source>&amp;One Viewer</source>
+        <translation>&amp;Ein Bildfenster</translation>
+    </message>
+    <message>
+        <source>&amp;Two Viewers</source>
+        <translation>Z&amp;wei Bildfenster</translation>
+    </message>
+    <message>
+        <source>Fo&amp;ur Viewers</source>
+        <translation>&amp;Vier Bildfenster</translation>
+    </message>
+    <message>
+        <source>&amp;Axial</source>
+        <translation>&amp;Axial</translation>
+    </message>
+    <message>
+        <source>Planes across the body (A)</source>
+        <translation>Ebenen quer durch den Körper (A)</translation>
+    </message>
+    <message>
+        <source>&amp;Sagittal</source>
+        <translation>&amp;Sagittal</translation>
+    </message>
+    <message>
+        <source>Planes between right and left (S)</source>
+        <translation>Ebenen zwischen rechts und links (S)</translation>
+    </message>
+    <message>
+        <source>&amp;Coronal</source>
+        <translation>&amp;Koronal</translation>
+    </message>
+    <message>
+        <source>Planes between front and back (C)</source>
+        <translation>Ebenen zwischen vorn und hinten (C)</translation>
+    </message>
+    <message>
+        <source>&amp;Of the Image</source>
+        <translation>&amp;Des Bildes</translation>
+    </message>
+    <message>
+        <source>&amp;All Values</source>
+        <translation>&amp;Alle Werte</translation>
+    </message>
+    <message>
+        <source>&amp;Invert</source>
+        <translation>&amp;Invertieren</translation>
+    </message>
+    <message>
+        <source>Swap black and white (I)</source>
+        <translation>Schwarz und Weiß vertauschen (I)</translation>
+    </message>
+    <message>
+        <source>&amp;Nothing</source>
+        <translation>&amp;Nichts</translation>
+    </message>
+    <message>
+        <source>%1 %2 of %3</source>
+        <translation>%1 %2 vom %3</translation>
+    </message>
+</context>
+<context>
+    <name>KyViewerTexts</name>
+    <message>
+        <source>axial</source>
+        <translation>axial</translation>
+    </message>
+    <message>
+        <source>sagittal</source>
+        <translation>sagittal</translation>
+    </message>
+    <message>
+        <source>coronal</source>
+        <translation>koronal</translation>
+    </message>
+    <message>
+        <source>oblique</source>
+        <translation>schräg</translation>
+    </message>
+    <message>
+        <source>Slice %1 / %2</source>
+        <translation>Schicht %1 / %2</translation>
+    </message>
+    <message>
+        <source>Image %1 / %2</source>
+        <translation>Bild %1 / %2</translation>
+    </message>
+    <message>
+        <source>C %1  W %2</source>
+        <translation>C %1  W %2</translation>
+    </message>
+    <message>
+        <source>Fusion %1 %</source>
+        <translation>Fusion %1 %</translation>
+    </message>
+    <message>
+        <source>Reading %1 of %2</source>
+        <translation>%1 von %2 gelesen</translation>
+    </message>
+</context>
+<context>
+    <name>KyViewerTools</name>
+    <message>
+        <source>One viewer</source>
+        <translation>Ein Bildfenster</translation>
+    </message>
+    <message>
+        <source>Two viewers</source>
+        <translation>Zwei Bildfenster</translation>
+    </message>
+    <message>
+        <source>Four viewers</source>
+        <translation>Vier Bildfenster</translation>
     </message>
 </context>
 <context>
@@ -634,6 +852,213 @@ Open a folder of DICOM files with Ctrl+O, or drop it here.</source>
     </message>
 </context>
 <context>
+    <name>OvTexts</name>
+    <message>
+        <source>There are no images to fuse.</source>
+        <translation>Es gibt keine Bilder für eine Fusion.</translation>
+    </message>
+    <message>
+        <source>The images of the second series make up no volume.</source>
+        <translation>Die Bilder der zweiten Serie bilden kein Volumen.</translation>
+    </message>
+    <message>
+        <source>Colour images cannot be fused into others.</source>
+        <translation>Farbbilder können nicht in andere fusioniert werden.</translation>
+    </message>
+    <message>
+        <source>The images of the first series do not say where they lie.</source>
+        <translation>Die Bilder der ersten Serie sagen nicht, wo sie liegen.</translation>
+    </message>
+    <message>
+        <source>The two series have no common frame of reference.</source>
+        <translation>Die beiden Serien haben kein gemeinsames Bezugssystem.</translation>
+    </message>
+    <message>
+        <source>The file has no image (%1)</source>
+        <translation>Die Datei hat kein Bild (%1)</translation>
+    </message>
+    <message>
+        <source>no modality</source>
+        <translation>ohne Modalität</translation>
+    </message>
+    <message>
+        <source>The image has no sensible size (%1 x %2)</source>
+        <translation>Das Bild hat keine sinnvolle Größe (%1 x %2)</translation>
+    </message>
+    <message>
+        <source>The pixels are coded in an unknown way (%1 samples, %2 bits allocated, %3 stored, high bit %4)</source>
+        <translation>Die Pixel sind auf unbekannte Weise kodiert (%1 Werte je Pixel, %2 Bits belegt, %3 gespeichert, höchstes Bit %4)</translation>
+    </message>
+    <message>
+        <source>The look-up table of the values is malformed and not used</source>
+        <translation>Die Umsetzungstabelle der Werte ist fehlerhaft und wird nicht verwendet</translation>
+    </message>
+    <message>
+        <source>The rescale slope or intercept makes no sense: values are as stored</source>
+        <translation>Steigung oder Achsenabschnitt der Werte ergeben keinen Sinn: Werte wie gespeichert</translation>
+    </message>
+    <message>
+        <source>The number of frames makes no sense: only the first is shown</source>
+        <translation>Die Zahl der Einzelbilder ergibt keinen Sinn: Nur das erste wird gezeigt</translation>
+    </message>
+    <message>
+        <source>The image has %1 frames, more than can be shown</source>
+        <translation>Das Bild hat %1 Einzelbilder, mehr als gezeigt werden können</translation>
+    </message>
+    <message>
+        <source>its pixels describe another image than its header</source>
+        <translation>seine Pixel beschreiben ein anderes Bild als sein Kopf</translation>
+    </message>
+    <message>
+        <source>its pixels cannot be decoded (damaged)</source>
+        <translation>seine Pixel sind nicht dekodierbar (beschädigt)</translation>
+    </message>
+    <message>
+        <source>it ends in the midst of its pixels</source>
+        <translation>es endet mitten in seinen Pixeln</translation>
+    </message>
+    <message>
+        <source>its pixels cannot be decoded (%1)</source>
+        <translation>seine Pixel sind nicht dekodierbar (%1)</translation>
+    </message>
+    <message>
+        <source>its colours cannot be converted</source>
+        <translation>seine Farben sind nicht umrechenbar</translation>
+    </message>
+    <message>
+        <source>its file cannot be read (%1)</source>
+        <translation>seine Datei ist nicht lesbar (%1)</translation>
+    </message>
+    <message>
+        <source>it has no pixels</source>
+        <translation>es hat keine Pixel</translation>
+    </message>
+    <message>
+        <source>its pixels are coded in an unknown way</source>
+        <translation>seine Pixel sind auf unbekannte Weise kodiert</translation>
+    </message>
+    <message>
+        <source>its pixels cannot be decoded (%1: %2)</source>
+        <translation>seine Pixel sind nicht dekodierbar (%1: %2)</translation>
+    </message>
+    <message>
+        <source>The pixel spacing makes no sense</source>
+        <translation>Der Pixelabstand ergibt keinen Sinn</translation>
+    </message>
+    <message>
+        <source>The orientation makes no sense</source>
+        <translation>Die Lage ergibt keinen Sinn</translation>
+    </message>
+    <message>
+        <source>The position makes no sense</source>
+        <translation>Der Ort ergibt keinen Sinn</translation>
+    </message>
+    <message>
+        <source> (%1 of %2 images)</source>
+        <translation> (%1 von %2 Bildern)</translation>
+    </message>
+    <message>
+        <source>The file is no image</source>
+        <translation>Die Datei ist kein Bild</translation>
+    </message>
+    <message>
+        <source>The file is not a DICOM file</source>
+        <translation>Die Datei ist keine DICOM-Datei</translation>
+    </message>
+    <message>
+        <source>The file is damaged: %1</source>
+        <translation>Die Datei ist beschädigt: %1</translation>
+    </message>
+    <message>
+        <source>The file cannot be read: %1</source>
+        <translation>Die Datei ist nicht lesbar: %1</translation>
+    </message>
+    <message>
+        <source>The file is unreadable: %1</source>
+        <translation>Die Datei ist nicht lesbar: %1</translation>
+    </message>
+    <message>
+        <source>The image is not in a file</source>
+        <translation>Das Bild liegt in keiner Datei</translation>
+    </message>
+    <message>
+        <source>1 file is not shown: %1</source>
+        <translation>1 Datei wird nicht gezeigt: %1</translation>
+    </message>
+    <message>
+        <source>%1 files are not shown: %2</source>
+        <translation>%1 Dateien werden nicht gezeigt: %2</translation>
+    </message>
+    <message>
+        <source>None of the %1 files can be shown: %2</source>
+        <translation>Keine der %1 Dateien kann gezeigt werden: %2</translation>
+    </message>
+    <message>
+        <source>There are no images</source>
+        <translation>Es gibt keine Bilder</translation>
+    </message>
+    <message>
+        <source>The images need %1 GiB of memory, and only %2 GiB may be used</source>
+        <translation>Die Bilder brauchen %1 GiB Speicher, und nur %2 GiB dürfen benutzt werden</translation>
+    </message>
+    <message>
+        <source>it needs too much memory</source>
+        <translation>es braucht zu viel Speicher</translation>
+    </message>
+    <message>
+        <source>there is not enough memory for it</source>
+        <translation>der Speicher reicht dafür nicht</translation>
+    </message>
+    <message>
+        <source>The images are not all of one size and kind</source>
+        <translation>Die Bilder sind nicht alle von gleicher Größe und Art</translation>
+    </message>
+    <message>
+        <source>The images are not parallel</source>
+        <translation>Die Bilder sind nicht parallel</translation>
+    </message>
+    <message>
+        <source>The pixel spacings of the images differ</source>
+        <translation>Die Pixelabstände der Bilder sind verschieden</translation>
+    </message>
+    <message>
+        <source>The images have different frames of reference</source>
+        <translation>Die Bilder haben verschiedene Bezugssysteme</translation>
+    </message>
+    <message>
+        <source>: no other orientations</source>
+        <translation>: keine anderen Ebenen</translation>
+    </message>
+    <message>
+        <source>Some images do not say where they lie: no other orientations</source>
+        <translation>Manche Bilder sagen nicht, wo sie liegen: keine anderen Ebenen</translation>
+    </message>
+    <message>
+        <source>1 image is missing between the others</source>
+        <translation>1 Bild fehlt zwischen den anderen</translation>
+    </message>
+    <message>
+        <source>%1 images are missing between the others</source>
+        <translation>%1 Bilder fehlen zwischen den anderen</translation>
+    </message>
+    <message>
+        <source>The images lie aslant behind each other, as with a tilted gantry</source>
+        <translation>Die Bilder liegen schräg hintereinander, wie bei gekippter Gantry</translation>
+    </message>
+    <message>
+        <source>Several images lie at the same place</source>
+        <translation>Mehrere Bilder liegen am selben Ort</translation>
+    </message>
+    <message>
+        <source>The images lie too far from each other</source>
+        <translation>Die Bilder liegen zu weit auseinander</translation>
+    </message>
+    <message>
+        <source>The distances between the images differ</source>
+        <translation>Die Abstände zwischen den Bildern sind verschieden</translation>
+    </message>
+</context>
+<context>
     <name>OvTranslationProperty</name>
     <message>
         <source>Scripting Console</source>
@@ -674,6 +1099,10 @@ Open a folder of DICOM files with Ctrl+O, or drop it here.</source>
     <message>
         <source>Time Format</source>
         <translation>Zeitformat</translation>
+    </message>
+    <message>
+        <source>Layout</source>
+        <translation>Aufteilung</translation>
     </message>
 </context>
 </TS>

@@ -74,7 +74,7 @@ void KyLogPane::layOut(const QString& inName)
     mSearch->setPlaceholderText(tr("Search the log"));
     mSearch->setAccessibleName(tr("Search the log"));
     mSearch->setClearButtonEnabled(true);
-    auto* clear = new QPushButton(tr("C&lear"), this);
+    auto* clear = new QPushButton(tr("&Clear"), this);
     connect(clear, &QPushButton::clicked, mModel, &KyLogModel::clear);
 
     mView->setObjectName(inName + QStringLiteral("View"));
@@ -94,7 +94,7 @@ void KyLogPane::layOut(const QString& inName)
     mView->addAction(copy);
     mView->setContextMenuPolicy(Qt::ActionsContextMenu);
 
-    auto* level = new QLabel(tr("Le&vel:"), this);
+    auto* level = new QLabel(tr("&Level:"), this);
     level->setBuddy(mLevels);
     auto* tools = new QHBoxLayout;
     tools->addWidget(level);

@@ -1,5 +1,7 @@
 #include "OvFusion.h"
 
+#include "OvTexts.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -148,16 +150,16 @@ double imageNumberAt(const std::vector<int>& inGrid, double inPlace)
 QString OvFusion::obstacle(const OvVolumeContent& inFirst, const OvVolumeContent& inSecond)
 {
     if (inFirst.count() == 0 || inSecond.count() == 0)
-        return QStringLiteral("There are no images to fuse.");
+        return OvTexts::tr("There are no images to fuse.");
     if (!inSecond.geometry().isVolume())
-        return QStringLiteral("The images of the second series make up no volume.");
+        return OvTexts::tr("The images of the second series make up no volume.");
     if (inSecond.image(0).isColour())
-        return QStringLiteral("Colour images cannot be fused into others.");
+        return OvTexts::tr("Colour images cannot be fused into others.");
     if (!inFirst.image(0).placement.isComplete())
-        return QStringLiteral("The images of the first series do not say where they lie.");
+        return OvTexts::tr("The images of the first series do not say where they lie.");
     const std::string& frame = inFirst.image(0).placement.frameOfReference;
     if (frame.empty() || frame != inSecond.image(0).placement.frameOfReference)
-        return QStringLiteral("The two series have no common frame of reference.");
+        return OvTexts::tr("The two series have no common frame of reference.");
     return QString();
 }
 

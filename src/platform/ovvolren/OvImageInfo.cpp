@@ -1,6 +1,7 @@
 #include "OvImageInfo.h"
 
 #include "OvHeaderReader.h"
+#include "OvTexts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -24,11 +25,11 @@ QString readSize(const OvHeaderReader& inReader, OvPixelFormat& outFormat)
     const auto columns = inReader.integer("Columns");
     if (!rows && !columns) {
         const QString modality = QString::fromStdString(inReader.text("Modality"));
-        return QStringLiteral("The file has no image (%1)")
-            .arg(modality.isEmpty() ? QStringLiteral("no modality") : modality);
+        return OvTexts::tr("The file has no image (%1)")
+            .arg(modality.isEmpty() ? OvTexts::tr("no modality") : modality);
     }
     if (rows.value_or(0) < 1 || columns.value_or(0) < 1 || *rows > LongestEdge || *columns > LongestEdge)
-        return QStringLiteral("The image has no sensible size (%1 x %2)")
+        return OvTexts::tr("The image has no sensible size (%1 x %2)")
             .arg(columns.value_or(0))
             .arg(rows.value_or(0));
     outFormat.rows = *rows;
@@ -78,7 +79,7 @@ QString readCoding(const OvHeaderReader& inReader, OvImageInfo& ioImage)
     const bool samples =
         coding.samplesPerPixel == 1 || coding.samplesPerPixel == 3 || coding.samplesPerPixel == 4;
     if (!samples || !isSensible(coding))
-        return QStringLiteral(
+        return OvTexts::tr(
                    "The pixels are coded in an unknown way (%1 samples, %2 bits allocated, %3 stored, "
                    "high bit %4)")
             .arg(coding.samplesPerPixel)
@@ -126,7 +127,7 @@ void readModalityLut(const OvHeaderReader& inReader, OvImageInfo& ioImage, QStri
     const auto count = std::size_t(declared == 0 ? Words : declared < 0 ? declared + Words : declared);
     auto entries = lutEntries(data, count);
     if (descriptor.size() != 3 || entries.size() != count || ioImage.coding.bitsStored > 16) {
-        outNotices += QStringLiteral("The look-up table of the values is malformed and not used");
+        outNotices += OvTexts::tr("The look-up table of the values is malformed and not used");
         return;
     }
     ioImage.modalityLut = std::make_shared<const std::vector<std::uint16_t>>(std::move(entries));
@@ -150,7 +151,7 @@ void readRescale(const OvHeaderReader& inReader, OvImageInfo& ioImage, QStringLi
     const bool good = !slope.empty() && slope[0] != 0 && std::fabs(slope[0]) <= Largest &&
                       (intercept.empty() || std::fabs(intercept[0]) <= Largest);
     if (!good) {
-        outNotices += QStringLiteral("The rescale slope or intercept makes no sense: values are as stored");
+        outNotices += OvTexts::tr("The rescale slope or intercept makes no sense: values are as stored");
         return;
     }
     ioImage.slope = slope[0];
@@ -191,7 +192,7 @@ int framesIn(const OvHeaderReader& inReader, QStringList& outNotices)
         return 1;
     const int count = inReader.integer("NumberOfFrames").value_or(0);
     if (count < 1)
-        outNotices += QStringLiteral("The number of frames makes no sense: only the first is shown");
+        outNotices += OvTexts::tr("The number of frames makes no sense: only the first is shown");
     return std::max(1, count);
 }
 
@@ -210,7 +211,7 @@ Images OvImageInfo::ofFile(const QString& inPath, const std::shared_ptr<const Ov
         outProblem = readCoding(reader, common);
     common.frameCount = framesIn(reader, outNotices);
     if (outProblem.isEmpty() && common.frameCount > MostFrames)
-        outProblem = QStringLiteral("The image has %1 frames, more than can be shown").arg(common.frameCount);
+        outProblem = OvTexts::tr("The image has %1 frames, more than can be shown").arg(common.frameCount);
     if (!outProblem.isEmpty())
         return {};
 

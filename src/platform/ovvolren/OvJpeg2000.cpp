@@ -1,5 +1,7 @@
 #include "OvJpeg2000.h"
 
+#include "OvTexts.h"
+
 #include <openjpeg.h>
 
 #include <algorithm>
@@ -118,11 +120,11 @@ bool OvJpeg2000::decode(const std::vector<unsigned char>& inCode, QString& outPr
         opj_setup_decoder(codec.get(), &parameters) && opj_read_header(stream.get(), codec.get(), &raw);
     const Image image(raw);
     if (begun && !isAsExpected(*image, *this)) {
-        outProblem = QStringLiteral("its pixels describe another image than its header");
+        outProblem = OvTexts::tr("its pixels describe another image than its header");
         return false;
     }
     if (!begun || !opj_decode(codec.get(), stream.get(), image.get())) {
-        outProblem = QStringLiteral("its pixels cannot be decoded (damaged)");
+        outProblem = OvTexts::tr("its pixels cannot be decoded (damaged)");
         return false;
     }
 

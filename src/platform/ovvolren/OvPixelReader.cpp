@@ -3,6 +3,7 @@
 #include "OvCodeHeader.h"
 #include "OvJpeg2000.h"
 #include "OvPixelConversion.h"
+#include "OvTexts.h"
 
 #include <ovwebservice/DicomHeader.h>
 
@@ -29,8 +30,15 @@ namespace {
 /// Longer values stay in the file until they are read.
 constexpr Uint32 LongestKeptValue = 64 * 1024;
 
-const QString otherImage = QStringLiteral("its pixels describe another image than its header");
-const QString brokenOff = QStringLiteral("it ends in the midst of its pixels");
+QString otherImage()
+{
+    return OvTexts::tr("its pixels describe another image than its header");
+}
+
+QString brokenOff()
+{
+    return OvTexts::tr("it ends in the midst of its pixels");
+}
 
 void registerDecoders()
 {
@@ -62,11 +70,11 @@ QString readPart(DcmElement& ioElement, std::uint64_t inFirst, std::uint64_t inC
 {
     const std::uint64_t length = ioElement.getLength();
     if (inFirst + inCount > length)
-        return brokenOff;
+        return brokenOff();
     outBytes.resize(inCount);
     const OFCondition result = ioElement.getPartialValue(outBytes.data(), Uint32(inFirst), Uint32(inCount),
                                                          nullptr, gLocalByteOrder);
-    return result.good() ? QString() : brokenOff;
+    return result.good() ? QString() : brokenOff();
 }
 
 /// Words were brought into the machine's order; of numbers of 32 bits in big endian that leaves the first
@@ -93,14 +101,14 @@ QString readFragments(DcmPixelSequence& ioSequence, const OvImageInfo& inImage,
     const unsigned first = start(inImage.frame);
     const unsigned end = inImage.frame + 1 < inImage.frameCount ? start(inImage.frame + 1) : count;
     if (first < 1 || end <= first || end > count)
-        return brokenOff;
+        return brokenOff();
     for (unsigned i = first; i < end; ++i) {
         DcmPixelItem* item = nullptr;
         Uint8* bytes = nullptr;
         if (ioSequence.getItem(item, i).bad() || item->getUint8Array(bytes).bad())
-            return brokenOff;
+            return brokenOff();
         if (!bytes)
-            return brokenOff;
+            return brokenOff();
         outCode.insert(outCode.end(), bytes, bytes + item->getLength());
     }
     return QString();
@@ -112,15 +120,15 @@ QString readColours(DcmItem& ioSet, E_TransferSyntax inSyntax, int inFrame, cons
 {
     DicomImage image(&ioSet, inSyntax, CIF_UsePartialAccessToPixelData, unsigned(inFrame), 1);
     if (image.getStatus() != EIS_Normal)
-        return QStringLiteral("its pixels cannot be decoded (%1)")
+        return OvTexts::tr("its pixels cannot be decoded (%1)")
             .arg(QLatin1String(DicomImage::getString(image.getStatus())));
     if (image.isMonochrome() || image.getWidth() != unsigned(inImage.format.columns) ||
         image.getHeight() != unsigned(inImage.format.rows))
-        return otherImage;
+        return otherImage();
     outPixels.format = inImage.format;
     outPixels.bytes.resize(inImage.format.bytes());
     const int done = image.getOutputData(outPixels.bytes.data(), outPixels.bytes.size(), 8, 0, 0);
-    return done ? QString() : QStringLiteral("its colours cannot be converted");
+    return done ? QString() : OvTexts::tr("its colours cannot be converted");
 }
 
 /// What \a inDecoded has, as a data set without compression, for the conversion of its colours.
@@ -193,7 +201,7 @@ OvPixelReader::OvPixelReader(const QString& inPath)
     const OFCondition result =
         d->file.loadFile(QFile::encodeName(inPath).constData(), EXS_Unknown, EGL_noChange, LongestKeptValue);
     if (result.bad())
-        d->problem = QStringLiteral("its file cannot be read (%1)").arg(QLatin1String(result.text()));
+        d->problem = OvTexts::tr("its file cannot be read (%1)").arg(QLatin1String(result.text()));
 }
 
 OvPixelReader::~OvPixelReader() = default;
@@ -209,7 +217,7 @@ QString OvPixelReader::read(const OvImageInfo& inImage, OvPixels& outPixels)
                      ? dynamic_cast<DcmPixelData*>(element)
                      : nullptr;
     if (!data)
-        return QStringLiteral("it has no pixels");
+        return OvTexts::tr("it has no pixels");
     if (isJpeg2000(d->syntax()))
         return d->readJpeg2000(*data, inImage, outPixels);
     const bool isCoded = DcmXfer(d->syntax()).isEncapsulated();
@@ -228,7 +236,7 @@ QString OvPixelReader::Record::readCode(DcmPixelData& ioData, const OvImageInfo&
 {
     DcmPixelSequence* sequence = nullptr;
     if (ioData.getEncapsulatedRepresentation(syntax(), nullptr, sequence).bad() || !sequence)
-        return QStringLiteral("it has no pixels");
+        return OvTexts::tr("it has no pixels");
     return readFragments(*sequence, inImage, outCode);
 }
 
@@ -236,7 +244,7 @@ QString OvPixelReader::Record::readCode(DcmPixelData& ioData, const OvImageInfo&
 /// \a outCellBits.
 QString OvPixelReader::Record::checkCode(DcmPixelData& ioData, const OvImageInfo& inImage, int& outCellBits)
 {
-    const QString damaged = QStringLiteral("its pixels cannot be decoded (damaged)");
+    const QString damaged = OvTexts::tr("its pixels cannot be decoded (damaged)");
     std::vector<unsigned char> code;
     const QString failed = readCode(ioData, inImage, code);
     outCellBits = inImage.coding.bitsAllocated;
@@ -253,7 +261,7 @@ QString OvPixelReader::Record::checkCode(DcmPixelData& ioData, const OvImageInfo
     const bool same = header.columns == inImage.format.columns && header.rows == inImage.format.rows &&
                       header.components == inImage.coding.samplesPerPixel &&
                       outCellBits <= inImage.coding.bitsAllocated;
-    return same ? QString() : otherImage;
+    return same ? QString() : otherImage();
 }
 
 QString OvPixelReader::Record::readFloats(const OvImageInfo& inImage, OvPixels& outPixels)
@@ -263,7 +271,7 @@ QString OvPixelReader::Record::readFloats(const OvImageInfo& inImage, OvPixels& 
     const std::uint64_t frameBytes = count * (isDouble ? sizeof(double) : sizeof(float));
     DcmElement* element = nullptr;
     if (set().findAndGetElement(isDouble ? DCM_DoubleFloatPixelData : DCM_FloatPixelData, element).bad())
-        return QStringLiteral("it has no pixels");
+        return OvTexts::tr("it has no pixels");
     OvBytes bytes;
     const QString failed = readPart(*element, frameBytes * std::uint64_t(inImage.frame), frameBytes, bytes);
     if (!failed.isEmpty())
@@ -308,14 +316,14 @@ QString OvPixelReader::Record::readDecodedGrey(DcmPixelData& ioData, const OvIma
 {
     const std::uint64_t count = pixelCount(inImage) * std::uint64_t(inImage.coding.bitsAllocated) / 8;
     if (count >= std::numeric_limits<Uint32>::max() || inImage.coding.bitsAllocated < 8)
-        return QStringLiteral("its pixels are coded in an unknown way");
+        return OvTexts::tr("its pixels are coded in an unknown way");
     OvBytes bytes(count + count % 2, 0);
     Uint32 fragment = 0;
     OFString model;
     const OFCondition result = ioData.getUncompressedFrame(&set(), Uint32(inImage.frame), fragment,
                                                            bytes.data(), Uint32(bytes.size()), model);
     if (result.bad())
-        return QStringLiteral("its pixels cannot be decoded (%1: %2)")
+        return OvTexts::tr("its pixels cannot be decoded (%1: %2)")
             .arg(QLatin1String(DcmXfer(syntax()).getXferName()), QLatin1String(result.text()));
     OvImageInfo image = inImage;
     image.coding.bitsAllocated = inCellBits;

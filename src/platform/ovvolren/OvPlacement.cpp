@@ -1,6 +1,7 @@
 #include "OvPlacement.h"
 
 #include "OvHeaderReader.h"
+#include "OvTexts.h"
 
 #include <QStringList>
 
@@ -85,7 +86,7 @@ void readSpacing(const OvHeaderReader& inReader, int inFrame, OvPlacement& ioPla
         return;
     }
     if (!inReader.text(inFrame, "PixelMeasuresSequence", "PixelSpacing").empty())
-        outNotices += QStringLiteral("The pixel spacing makes no sense");
+        outNotices += OvTexts::tr("The pixel spacing makes no sense");
     for (const char* keyword : {"ImagerPixelSpacing", "NominalScannedPixelSpacing", "PixelAspectRatio"}) {
         const auto pair = inReader.numbers(keyword);
         if (pair.size() == 2 && pair[1] > 0 && isAspect(pair[0] / pair[1])) {
@@ -105,13 +106,13 @@ OvPlacement placementOf(const OvHeaderReader& inReader, int inFrame, QStringList
     placement.axes = axesOf(axes);
     if (!placement.axes &&
         !inReader.text(inFrame, "PlaneOrientationSequence", "ImageOrientationPatient").empty())
-        outNotices += QStringLiteral("The orientation makes no sense");
+        outNotices += OvTexts::tr("The orientation makes no sense");
 
     const auto position = inReader.numbers(inFrame, "PlanePositionSequence", "ImagePositionPatient");
     placement.position = positionOf(position);
     if (!placement.position &&
         !inReader.text(inFrame, "PlanePositionSequence", "ImagePositionPatient").empty())
-        outNotices += QStringLiteral("The position makes no sense");
+        outNotices += OvTexts::tr("The position makes no sense");
     return placement;
 }
 

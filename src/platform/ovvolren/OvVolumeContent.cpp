@@ -1,6 +1,7 @@
 #include "OvVolumeContent.h"
 
 #include "OvPixelReader.h"
+#include "OvTexts.h"
 
 #include <ovwebservice/DicomHeader.h>
 #include <ovwebservice/ParallelFor.h>
@@ -29,7 +30,7 @@ QString times(int inCount, const QString& inNotice, int inAll)
 {
     return inAll == 1 || inCount == inAll
                ? inNotice
-               : inNotice + QStringLiteral(" (%1 of %2 images)").arg(inCount).arg(inAll);
+               : inNotice + OvTexts::tr(" (%1 of %2 images)").arg(inCount).arg(inAll);
 }
 
 QString inGibibytes(std::uint64_t inBytes)
@@ -41,9 +42,16 @@ QString inGibibytes(std::uint64_t inBytes)
 QString unreadable(const QString& inReason)
 {
     if (inReason.isEmpty())
-        return QStringLiteral("The file is no image");
-    const bool isSentence = inReason.startsWith(QLatin1String("cannot"));
-    return QLatin1String(isSentence ? "The file " : "The file is ") + inReason;
+        return OvTexts::tr("The file is no image");
+    if (inReason == QLatin1String("not a DICOM file"))
+        return OvTexts::tr("The file is not a DICOM file");
+    constexpr QLatin1String damaged("damaged: ");
+    if (inReason.startsWith(damaged))
+        return OvTexts::tr("The file is damaged: %1").arg(inReason.mid(damaged.size()));
+    constexpr QLatin1String unread("cannot be read: ");
+    return inReason.startsWith(unread)
+               ? OvTexts::tr("The file cannot be read: %1").arg(inReason.mid(unread.size()))
+               : OvTexts::tr("The file is unreadable: %1").arg(inReason);
 }
 
 } // namespace
@@ -83,7 +91,7 @@ void OvVolumeContent::readFiles(const QStringList& inPaths)
         using Outcome = Ovg::DicomHeader::Outcome;
         QString reason;
         if (path.isEmpty())
-            part.problem = QStringLiteral("The image is not in a file");
+            part.problem = OvTexts::tr("The image is not in a file");
         else if (Ovg::DicomHeader::readFile(path, *header, reason) == Outcome::Read)
             part.images = OvImageInfo::ofFile(path, header, part.problem, part.notices);
         else
@@ -115,11 +123,11 @@ void OvVolumeContent::addNotices(const std::vector<Part>& inParts)
         return;
     const QString& first = problems.begin()->first;
     if (!mImages.empty())
-        mNotices += failed == 1 ? QStringLiteral("1 file is not shown: %1").arg(first)
-                                : QStringLiteral("%1 files are not shown: %2").arg(failed).arg(first);
+        mNotices += failed == 1 ? OvTexts::tr("1 file is not shown: %1").arg(first)
+                                : OvTexts::tr("%1 files are not shown: %2").arg(failed).arg(first);
     else
-        mError = failed == 1 ? first
-                             : QStringLiteral("None of the %1 files can be shown: %2").arg(failed).arg(first);
+        mError =
+            failed == 1 ? first : OvTexts::tr("None of the %1 files can be shown: %2").arg(failed).arg(first);
 }
 
 /// Sizes are bounded by 65535 x 65535 pixels of 4 bytes, the number of images by that of frames and files, so
@@ -135,16 +143,16 @@ void OvVolumeContent::measure(std::uint64_t inMostBytes)
     mProblems.resize(mImages.size());
     mStates = std::make_unique<std::atomic<State>[]>(mImages.size());
     if (mImages.empty() && mError.isEmpty())
-        mError = QStringLiteral("There are no images");
+        mError = OvTexts::tr("There are no images");
     if (mBytes > inMostBytes)
-        mError = QStringLiteral("The images need %1 GiB of memory, and only %2 GiB may be used")
+        mError = OvTexts::tr("The images need %1 GiB of memory, and only %2 GiB may be used")
                      .arg(inGibibytes(mBytes), inGibibytes(inMostBytes));
     if (mError.isEmpty())
         return;
     if (!mImages.empty())
         log(mImages.front().path, mError);
     for (int i = 0; i < count(); ++i)
-        fail(i, QStringLiteral("it needs too much memory"));
+        fail(i, OvTexts::tr("it needs too much memory"));
 }
 
 bool OvVolumeContent::loadPixels(const Progress& inProgress)
@@ -179,7 +187,7 @@ void OvVolumeContent::loadPart(int inFirst, int inEnd, const std::vector<int>& i
         try {
             problem = reader.read(image(index), pixels);
         } catch (const std::bad_alloc&) {
-            problem = QStringLiteral("there is not enough memory for it");
+            problem = OvTexts::tr("there is not enough memory for it");
         }
         if (!problem.isEmpty()) {
             pixels = OvPixels();

@@ -1,5 +1,7 @@
 #include "OvVolumeGeometry.h"
 
+#include "OvTexts.h"
+
 #include <algorithm>
 #include <array>
 #include <numeric>
@@ -55,18 +57,18 @@ QString differenceOf(const Images& inImages)
     const OvImageInfo& first = inImages.front();
     const auto all = [&](auto inSame) { return std::all_of(inImages.begin(), inImages.end(), inSame); };
     if (!all([&](const OvImageInfo& i) { return i.format == first.format; }))
-        return QStringLiteral("The images are not all of one size and kind");
+        return OvTexts::tr("The images are not all of one size and kind");
     const OvPlacement& placement = first.placement;
     if (!all([&](const OvImageInfo& i) { return isParallel(i.placement, placement); }))
-        return QStringLiteral("The images are not parallel");
+        return OvTexts::tr("The images are not parallel");
     if (!all([&](const OvImageInfo& i) {
             return isSame(i.placement.rowSpacing, placement.rowSpacing, SameSpacing) &&
                    isSame(i.placement.columnSpacing, placement.columnSpacing, SameSpacing);
         }))
-        return QStringLiteral("The pixel spacings of the images differ");
+        return OvTexts::tr("The pixel spacings of the images differ");
     if (!all(
             [&](const OvImageInfo& i) { return i.placement.frameOfReference == placement.frameOfReference; }))
-        return QStringLiteral("The images have different frames of reference");
+        return OvTexts::tr("The images have different frames of reference");
     return QString();
 }
 
@@ -92,16 +94,15 @@ OvVolumeGeometry::OvVolumeGeometry(Images& ioImages, QStringList& outNotices)
         const QString reason = findVolume(ioImages);
         mIsVolume = reason.isEmpty();
         if (!mIsVolume)
-            outNotices += reason + QStringLiteral(": no other orientations");
+            outNotices += reason + OvTexts::tr(": no other orientations");
     } else {
         sortByNumber(ioImages);
         if (placed > 0 && !allPlaced)
-            outNotices += QStringLiteral("Some images do not say where they lie: no other orientations");
+            outNotices += OvTexts::tr("Some images do not say where they lie: no other orientations");
     }
     if (mMissing > 0)
-        outNotices += mMissing == 1
-                          ? QStringLiteral("1 image is missing between the others")
-                          : QStringLiteral("%1 images are missing between the others").arg(mMissing);
+        outNotices += mMissing == 1 ? OvTexts::tr("1 image is missing between the others")
+                                    : OvTexts::tr("%1 images are missing between the others").arg(mMissing);
 }
 
 QString OvVolumeGeometry::findVolume(Images& ioImages)
@@ -124,7 +125,7 @@ QString OvVolumeGeometry::findVolume(Images& ioImages)
         const OvVector3 aside = offset - normal * offset.dot(normal);
         if (aside.length() > Sideways * std::fabs(offset.dot(normal)) + first.columnSpacing / 10) {
             sortByNumber(ioImages);
-            return QStringLiteral("The images lie aslant behind each other, as with a tilted gantry");
+            return OvTexts::tr("The images lie aslant behind each other, as with a tilted gantry");
         }
     }
     const QString reason = makeGrid(places);
@@ -152,10 +153,10 @@ QString OvVolumeGeometry::makeGrid(const std::vector<double>& inPlaces)
     const double least = *std::min_element(gaps.begin(), gaps.end());
     constexpr double LeastDistance = 1e-3; // mm
     if (least < LeastDistance)
-        return QStringLiteral("Several images lie at the same place");
+        return OvTexts::tr("Several images lie at the same place");
     const double planes = std::round(inPlaces.back() / least) + 1;
     if (planes > double(MostPlanes))
-        return QStringLiteral("The images lie too far from each other");
+        return OvTexts::tr("The images lie too far from each other");
 
     // The least gap is off by its own rounding; a better distance comes from all gaps together.
     double steps = 0;
@@ -166,7 +167,7 @@ QString OvVolumeGeometry::makeGrid(const std::vector<double>& inPlaces)
     for (std::size_t i = 0; i < gaps.size(); ++i) {
         const double count = std::round(gaps[i] / distance);
         if (count < 1 || std::fabs(gaps[i] - count * distance) > SameDistance * distance)
-            return QStringLiteral("The distances between the images differ");
+            return OvTexts::tr("The distances between the images differ");
         grid.resize(grid.size() + std::size_t(count), -1);
         grid.back() = int(i) + 1;
     }
