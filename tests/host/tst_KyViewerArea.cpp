@@ -13,6 +13,7 @@
 #include <kyworkstation/KySeriesDrag.h>
 #include <kyworkstation/KyStudyListModel.h>
 #include <kyworkstation/KyStudyListView.h>
+#include <kyworkstation/KyTranslations.h>
 #include <kyworkstation/KyViewerArea.h>
 #include <kyworkstation/KyViewerMenu.h>
 #include <kyworkstation/KyWorkstationViewers.h>
@@ -74,6 +75,8 @@ bool drop(QWidget* inWidget, const QMimeData& inData, Qt::KeyboardModifiers inMo
 
 } // namespace
 
+Q_DECLARE_METATYPE(std::function<void(QWidget*)>)
+
 class tst_KyViewerArea : public QObject
 {
     Q_OBJECT
@@ -110,6 +113,9 @@ private slots:
     void rightClickAsksForTheMenu();
     void layoutsShowTheirViewers_data();
     void layoutsShowTheirViewers();
+    void viewerMayGoInItsOwnEvent_data();
+    void viewerMayGoInItsOwnEvent();
+    void keysGoOnInTheActiveViewer();
 
     void droppedSeriesOpens();
     void droppedSeriesFusesWithControl();
@@ -130,6 +136,7 @@ private slots:
     void sessionIsFollowed();
     void everythingIsDrawnWhileASeriesIsRead();
     void viewersWithoutAPlatformAreEmpty();
+    void viewersSpeakTheLanguageOfTheUser();
 
     void studyListShowsSeriesBelowTheirStudies();
     void studyListGivesSeriesToDrags();
@@ -561,6 +568,7 @@ void tst_KyViewerArea::layoutsShowTheirViewers()
         mArea->viewers().setLayout(before);
         mArea->viewers().setLayout(layout);
         QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QCOMPARE(mArea->findChildren<KyImageViewerWidget*>().size(), places.size());
         for (int i = 0; i < places.size(); ++i) {
             const QPoint middle = widget(i).geometry().center();
@@ -570,6 +578,76 @@ void tst_KyViewerArea::layoutsShowTheirViewers()
             QVERIFY(!widget(i).accessibleName().isEmpty());
         }
     }
+}
+
+void tst_KyViewerArea::viewerMayGoInItsOwnEvent_data()
+{
+    QTest::addColumn<std::function<void(QWidget*)>>("work");
+    using Work = std::function<void(QWidget*)>;
+    const auto row = [](const char* inName, const Work& inWork) { QTest::newRow(inName) << inWork; };
+    row("click", [](QWidget* w) { QTest::mouseClick(w, Qt::LeftButton); });
+    row("drag", [](QWidget* w) { drag(w, Qt::LeftButton, {50, 50}, {90, 90}); });
+    row("pan", [](QWidget* w) { drag(w, Qt::MiddleButton, {50, 50}, {90, 90}); });
+    row("zoom", [](QWidget* w) { drag(w, Qt::LeftButton, {50, 50}, {90, 90}, Qt::ControlModifier); });
+    row("double click", [](QWidget* w) { QTest::mouseDClick(w, Qt::LeftButton); });
+    row("wheel", [](QWidget* w) { wheel(w, -1); });
+    row("wheel with Ctrl", [](QWidget* w) { wheel(w, -1, Qt::ControlModifier); });
+    row("key", [](QWidget* w) { QTest::keyClick(w, Qt::Key_Down); });
+    row("key for an orientation", [](QWidget* w) { QTest::keyClick(w, Qt::Key_S); });
+    row("menu", [](QWidget* w) {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 6), w->mapToGlobal(QPoint(5, 6)));
+        QApplication::sendEvent(w, &event);
+    });
+    row("focus", [](QWidget* w) { w->setFocus(Qt::TabFocusReason); });
+    row("slider", [](QWidget* w) { w->findChild<QSlider*>()->setValue(7); });
+    row("drop", [](QWidget* w) {
+        const auto loader = KySessionContext::currentInstance()->component<KyLoadHelper>(true);
+        const std::unique_ptr<QMimeData> data(
+            KySeriesDrag::mimeData({.study = loader->primaryExams().at(0)}));
+        drop(w, *data);
+    });
+}
+
+/// As when a script follows the active viewer, or what is on show, and sets another layout.
+void tst_KyViewerArea::viewerMayGoInItsOwnEvent()
+{
+    QFETCH(std::function<void(QWidget*)>, work);
+    KyViewerManager& manager = *KyViewerManager::getInstance();
+    for (const bool isActive : {false, true}) {
+        mArea->viewers().setLayout("2x2");
+        viewer(2).open(layer(0));
+        waitForAll();
+        viewer(2).fuse(layer(1));
+        waitForAll();
+        manager.setActiveViewer(&viewer(isActive ? 2 : 0));
+        const QPointer<QWidget> shown = &widget(2);
+        const auto shrink = [&] { mArea->viewers().setLayout("1x1"); };
+        connect(&manager, &KyViewerManager::activeViewerChanged, this, shrink);
+        connect(&manager, &KyViewerManager::contentChanged, this, shrink);
+        work(shown);
+        manager.disconnect(this);
+        if (mArea->viewers().count() == 1) {
+            QCOMPARE(manager.numViewers(), 1);
+            QVERIFY(mArea->viewers().activeViewer());
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            QVERIFY(!shown);
+        }
+        QVERIFY(!grabbed().isNull());
+    }
+}
+
+void tst_KyViewerArea::keysGoOnInTheActiveViewer()
+{
+    mArea->viewers().setLayout("2x2");
+    mArea->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(mArea.get()));
+    widget(1).setFocus(Qt::TabFocusReason);
+    QCOMPARE(mArea->viewers().activeViewer(), &viewer(1));
+    mArea->viewers().setLayout("1x2");
+    QCOMPARE(mArea->viewers().activeViewer(), &viewer(1));
+    QVERIFY(widget(1).hasFocus());
+    mArea->viewers().setLayout("1x1");
+    QVERIFY(widget(0).hasFocus());
 }
 
 void tst_KyViewerArea::droppedSeriesOpens()
@@ -834,6 +912,38 @@ void tst_KyViewerArea::viewersWithoutAPlatformAreEmpty()
     QTest::mouseClick(area.widgetAt(0), Qt::LeftButton);
     KyViewerMenu menu(area.viewers(), nullptr);
     QVERIFY(!entry(menu, "Reset")->isEnabled());
+}
+
+void tst_KyViewerArea::viewersSpeakTheLanguageOfTheUser()
+{
+    if (!QFile::exists(":/translations/kyscript_de.qm"))
+        QSKIP("built without lrelease: no translations");
+    const KyTranslations german(QLocale("de_DE"));
+    DicomSeriesMaker gap = ctMaker();
+    gap.series = "3";
+    gap.images = 9;
+    gap.adjust = [](int inImage, DcmDataset& ioSet) {
+        const double z = inImage < 4 ? inImage : inImage + 1;
+        DicomSeriesMaker::put(ioSet, DCM_ImagePositionPatient, DicomSeriesMaker::decimals({0, 0, z}));
+    };
+    mFiles->add(gap);
+    mStudies = mFiles->open();
+    open(2);
+    viewer().fuse(layer(1));
+    waitForAll();
+    const KyViewerTexts texts = KyViewerTexts::of(viewer());
+    QCOMPARE(texts.notices.value(0), QStringLiteral("1 Bild fehlt zwischen den anderen"));
+    QVERIFY2(texts.lowerLeft.value(0).startsWith("Schicht "), qPrintable(texts.lowerLeft.join("|")));
+    const KyViewerMenu menu(mArea->viewers(), nullptr);
+    QStringList keys;
+    for (const QAction* action : menu.actions()) {
+        const qsizetype mark = action->text().indexOf('&');
+        QVERIFY2(action->isSeparator() || mark >= 0, qPrintable(action->text()));
+        if (!action->isSeparator())
+            keys += action->text().mid(mark + 1, 1).toUpper();
+    }
+    QVERIFY(!menu.isEmpty() && menu.title() == "&Bilder");
+    QCOMPARE(keys.removeDuplicates(), 0);
 }
 
 void tst_KyViewerArea::studyListShowsSeriesBelowTheirStudies()

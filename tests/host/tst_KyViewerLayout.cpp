@@ -7,6 +7,8 @@
 #include <common/KyPatientName.h>
 #include <common/KyViewerLayout.h>
 #include <common/KyViewerTexts.h>
+#include <common/KyViewerTools.h>
+#include <kybase/KyTool.h>
 #include <kyscript/KyScriptEngine.h>
 #include <kyscript/KyScriptViewer.h>
 #include <ovvolren/OvData.h>
@@ -44,6 +46,7 @@ private slots:
     void weightIsBounded_data();
     void weightIsBounded();
     void conditionsTellTheWindowAndThePlane();
+    void windowIsToldForItsLayerOnly();
     void changesAreTold();
     void imageThatCannotBeReadIsTold();
 
@@ -68,6 +71,12 @@ private slots:
     void scriptsSeeAViewerThatIsReadOnDemand();
     void scriptsSetTheLayout();
     void wrapperOfAPlaceThatWentIsNeutral();
+    void layoutsMayBeAskedForInTheMiddleOfAChange_data();
+    void layoutsMayBeAskedForInTheMiddleOfAChange();
+    void placesMayGoWhileTheyAreFilled_data();
+    void placesMayGoWhileTheyAreFilled();
+    void layoutsThatChaseEachOtherEnd();
+    void layoutMayBeAskedForWhileItEnds();
 
 private:
     KyViewerLayer layer(std::size_t inSeries = 0, std::size_t inStudy = 0)
@@ -434,6 +443,25 @@ void tst_KyViewerLayout::conditionsTellTheWindowAndThePlane()
     QCOMPARE(script.getTag("DICOM.WindowWidth"), 400.0);
 }
 
+/// The second layer has a window of its own, which nobody has changed.
+void tst_KyViewerLayout::windowIsToldForItsLayerOnly()
+{
+    const auto viewer = opened();
+    viewer->fuse(layer(1));
+    QTRY_VERIFY(isRead(*viewer));
+    const KyScriptViewer script(nullptr, viewer.get());
+    const QVariant ofSecond = script.getTag("DICOM.WindowCenter", 1);
+    viewer->setWindow({.centre = 40, .width = 400, .function = OvWindow::Linear});
+    QCOMPARE(script.getTag("DICOM.WindowCenter", 0), 40.0);
+    QCOMPARE(script.getTag("DICOM.WindowCenter", 1), ofSecond);
+    QVERIFY(ofSecond != 40.0);
+    // In a plane across the images only what they share holds for both.
+    viewer->setOrientation(OvSlice::Sagittal);
+    QVERIFY(!script.getTag("DICOM.InstanceNumber", 0).isValid());
+    QVERIFY(!script.getTag("DICOM.InstanceNumber", 1).isValid());
+    QCOMPARE(script.getTag("DICOM.PatientName", 1), "Doe^Jane");
+}
+
 void tst_KyViewerLayout::changesAreTold()
 {
     KyViewerManager& manager = *KyViewerManager::getInstance();
@@ -766,6 +794,121 @@ void tst_KyViewerLayout::wrapperOfAPlaceThatWentIsNeutral()
              ",-1,undefined,");
     layout.setLayout("2x2");
     QCOMPARE(eval("[v.type(), Orvane.viewer('4').type()].join()"), ",slice");
+}
+
+void tst_KyViewerLayout::layoutsMayBeAskedForInTheMiddleOfAChange_data()
+{
+    QTest::addColumn<int>("active");
+    QTest::addColumn<QString>("to");
+    QTest::addColumn<QString>("wanted");
+    QTest::newRow("to two instead of one") << 2 << "1x1"
+                                           << "1x2";
+    QTest::newRow("back to four") << 3 << "1x1"
+                                  << "2x2";
+    QTest::newRow("to one instead of two") << 3 << "1x2"
+                                           << "1x1";
+    QTest::newRow("nothing else") << 2 << "1x2"
+                                  << "1x2";
+    QTest::newRow("no layout") << 2 << "1x2"
+                               << "3x3";
+}
+
+/// A script hears of the active viewer that is emptied when it changes its place.
+void tst_KyViewerLayout::layoutsMayBeAskedForInTheMiddleOfAChange()
+{
+    QFETCH(int, active);
+    QFETCH(QString, to);
+    QFETCH(QString, wanted);
+    KyViewerLayout layout(KySeriesVolume::Reading::OnDemand);
+    layout.setLayout("2x2");
+    layout.viewer(0)->open(layer(0));
+    layout.viewer(active)->open(layer(1));
+    KyViewerManager& manager = *KyViewerManager::getInstance();
+    manager.setActiveViewer(layout.viewer(active));
+    int calls = 0;
+    connect(&manager, &KyViewerManager::contentChanged, this, [&] {
+        if (++calls == 1)
+            layout.setLayout(wanted);
+    });
+    layout.setLayout(to);
+    manager.disconnect(this);
+    QVERIFY(calls > 1);
+    const QString last = wanted == "3x3" ? to : wanted;
+    QCOMPARE(layout.layout(), last);
+    QCOMPARE(OvPropertyPool::instance()->variant("Viewers.Layout")->toQString(), last);
+    QCOMPARE(manager.numViewers(), layout.count());
+    QVERIFY(layout.activeViewer());
+    QCOMPARE(layout.activeViewer()->layers().at(0).series, size_t(1));
+    layout.setLayout("2x2");
+    int shown = 0;
+    for (int place = 0; place < layout.count(); ++place)
+        shown += layout.viewer(place)->isEmpty() ? 0 : 1;
+    QCOMPARE(shown, 2);
+}
+
+void tst_KyViewerLayout::placesMayGoWhileTheyAreFilled_data()
+{
+    QTest::addColumn<QString>("wanted");
+    QTest::newRow("one") << "1x1";
+    QTest::newRow("two") << "1x2";
+}
+
+void tst_KyViewerLayout::placesMayGoWhileTheyAreFilled()
+{
+    QFETCH(QString, wanted);
+    KyViewerLayout layout(KySeriesVolume::Reading::OnDemand);
+    layout.setLayout("2x2");
+    KyViewerManager& manager = *KyViewerManager::getInstance();
+    manager.setActiveViewer(layout.viewer(3));
+    connect(&manager, &KyViewerManager::contentChanged, this, [&] { layout.setLayout(wanted); });
+    layout.fill(mStudies);
+    QCOMPARE(layout.layout(), wanted);
+    layout.setLayout("2x2");
+    layout.keepOnly({});
+    QCOMPARE(layout.layout(), wanted);
+    layout.setLayout("2x2");
+    layout.open(layer(1));
+    QCOMPARE(layout.layout(), wanted);
+    manager.disconnect(this);
+    QCOMPARE(manager.numViewers(), layout.count());
+    QVERIFY(layout.activeViewer());
+}
+
+/// Each change leads to another one, which a script could keep up for ever.
+void tst_KyViewerLayout::layoutsThatChaseEachOtherEnd()
+{
+    KyViewerLayout layout(KySeriesVolume::Reading::OnDemand);
+    int changes = 0;
+    connect(&layout, &KyViewerLayout::layoutChanged, this, [&] {
+        if (++changes < 1000)
+            layout.setLayout(layout.count() == 1 ? "2x2" : "1x1");
+    });
+    layout.setLayout("2x2");
+    QVERIFY(changes < 100);
+    layout.disconnect(this);
+    QCOMPARE(KyViewerManager::getInstance()->numViewers(), layout.count());
+}
+
+void tst_KyViewerLayout::layoutMayBeAskedForWhileItEnds()
+{
+    auto layout = std::make_unique<KyViewerLayout>(KySeriesVolume::Reading::OnDemand);
+    const auto tools = KyViewerTools::make(*layout);
+    layout->setLayout("2x2");
+    layout->viewer(3)->open(layer());
+    layout->setLayout("1x1");
+    int calls = 0;
+    const auto ask = [&] {
+        ++calls;
+        OvPropertyPool::instance()->variant("Viewers.Layout")->setValueFromQString("2x2");
+        tools.at(1)->trigger(nullptr);
+    };
+    connect(KyViewerManager::getInstance(), &KyViewerManager::activeViewerChanged, this, ask);
+    layout.reset();
+    QCOMPARE(calls, 1);
+    ask();
+    KyViewerManager::getInstance()->disconnect(this);
+    QCOMPARE(KyViewerManager::getInstance()->numViewers(), 0);
+    QVERIFY(!tools.at(1)->trigger(nullptr));
 }
 
 KY_TEST_MAIN(tst_KyViewerLayout)

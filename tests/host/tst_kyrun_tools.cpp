@@ -38,6 +38,7 @@ private slots:
     void helpTellsOfTools();
 
     void reportIsFilled();
+    void reportMayBeWrittenWhenItChanges();
     void reportAnswersAnything_data();
     void reportAnswersAnything();
 
@@ -316,13 +317,26 @@ void tst_kyrun_tools::reportIsFilled()
                             "refused\nbold text\n"));
 }
 
+void tst_kyrun_tools::reportMayBeWrittenWhenItChanges()
+{
+    const Outcome outcome =
+        run({"-e", "var r = Orvane.editor('Report'), heard = 0;"
+                   "r.textChanged.connect(function() { ++heard; r.append('!'); r.replace('a', 'b'); });"
+                   "r.textChanged.connect(function() { r.html = '<i>' + r.text + '?</i>'; });"
+                   "r.text = 'a'; print(heard, r.text); r.append('c'); print(heard, r.text);"});
+    QCOMPARE(outcome.err, QString());
+    QCOMPARE(outcome.out, QStringLiteral("1 b!?\n2 b!?c!?\n"));
+    QCOMPARE(outcome.status, 0);
+}
+
 void tst_kyrun_tools::reportAnswersAnything_data()
 {
     QTest::addColumn<QString>("code");
     for (const char* code :
-         {"r.text = null", "r.text = 5", "r.html = '<'", "r.html = '<table>'", "r.append(null)",
-          "r.append({})", "r.replace('', 'x')", "r.replace(null, null)", "r.replace('\\n', 'x')",
-          "r.text = new Array(100000).join('x\\n')", "r.html = '<img src=\"file:///none\">'"})
+         {"r.text = null", "r.text = [Symbol()]", "r.html = Symbol()", "r.text = {a: Symbol()}", "r.text = 5",
+          "r.html = '<'", "r.html = '<table>'", "r.append(null)", "r.append({})", "r.replace('', 'x')",
+          "r.replace(null, null)", "r.replace('\\n', 'x')", "r.text = new Array(100000).join('x\\n')",
+          "r.html = '<img src=\"file:///none\">'"})
         QTest::newRow(code) << code;
 }
 

@@ -1,4 +1,5 @@
-// The tool files of examples/tools, run by kyrun on the sample studies.
+// The tool files of examples/tools and the samples of the guides on tools and the application, run by kyrun
+// on the sample studies.
 
 #include <support/KyTest.h>
 
@@ -27,6 +28,10 @@ private slots:
     void examplesWorkWithoutStudies_data();
     void examplesWorkWithoutStudies();
 
+    void samplesOfTheApplicationGuideRun();
+    void fileOfTheToolGuideWorks();
+    void checkableToolOfTheGuideWorks();
+
 private:
     struct Outcome
     {
@@ -39,6 +44,11 @@ private:
     /// it finds to the log; gives that, or all that stands on standard error when something went wrong.
     QString probe(const QString& inFile, const QStringList& inKeys, const QByteArray& inProbe,
                   const QStringList& inMore = {}) const;
+
+    /// The blocks of that language in a guide.
+    QStringList samples(const QString& inGuide, const QString& inLanguage) const;
+    /// A file with one tool.
+    QString toolFile(const QByteArray& inAttributes, const QByteArray& inScript) const;
 
     QTemporaryDir mFolder;
     QString mSample;
@@ -232,6 +242,90 @@ void tst_tool_examples::examplesWorkWithoutStudies()
     const Outcome outcome = run({"--tools", QStringLiteral(TOOLS "/") + file, "--trigger", key});
     QCOMPARE(outcome.err, QString());
     QCOMPARE(outcome.status, 0);
+}
+
+QStringList tst_tool_examples::samples(const QString& inGuide, const QString& inLanguage) const
+{
+    QFile guide(QStringLiteral(GUIDES "/") + inGuide);
+    if (!guide.open(QIODevice::ReadOnly))
+        return {};
+    const QRegularExpression block("```" + inLanguage + "\n(.*?)```",
+                                   QRegularExpression::DotMatchesEverythingOption);
+    QStringList found;
+    for (const auto& match : block.globalMatch(QString::fromUtf8(guide.readAll())))
+        found.append(match.captured(1));
+    return found;
+}
+
+QString tst_tool_examples::toolFile(const QByteArray& inAttributes, const QByteArray& inScript) const
+{
+    QFile file(mFolder.filePath("tool.xml"));
+    if (!file.open(QIODevice::WriteOnly))
+        qFatal("cannot write a tool file");
+    file.write("<Tools><Tool " + inAttributes + "><OnSet>\n<![CDATA[" + inScript +
+               "]]></OnSet></Tool></Tools>");
+    return file.fileName();
+}
+
+/// Each sample is followed by a line that shows what it has done.
+void tst_tool_examples::samplesOfTheApplicationGuideRun()
+{
+    const QStringList all = samples("application.md", "js");
+    QCOMPARE(all.size(), 3);
+    const QString editor =
+        toolFile("Id='Report.Editor' Enabled='whensupported'", "Message.warn('the editor is opened')");
+    const Outcome tool = run({"--tools", editor, "-e", all[0] + "\nprint(editor.text)"});
+    QCOMPARE(tool.out, QStringLiteral("Report.Editor\n"));
+    QVERIFY2(tool.err.contains("the editor is opened\n"), qPrintable(tool.err));
+    QCOMPARE(tool.status, 0);
+    // It looks whether there is such a tool.
+    const Outcome without = run({"-e", all[0]});
+    QCOMPARE(without.err + without.out, QString());
+    QCOMPARE(without.status, 0);
+
+    const Outcome report = run({"-e", all[1] + "\nprint(report.text)"});
+    QCOMPARE(report.err, QString());
+    QCOMPARE(report.out, QStringLiteral("Patient: Doe, Jane\n"));
+
+    const Outcome numbers = run({"--studies", mSample, "-e", all[2] + "\nprint(Orvane.isOutOfSync())"});
+    QCOMPARE(numbers.out, QStringLiteral("true\n"));
+    QVERIFY2(numbers.err.endsWith("other studies are open\n"), qPrintable(numbers.err));
+    QCOMPARE(numbers.status, 0);
+}
+
+void tst_tool_examples::fileOfTheToolGuideWorks()
+{
+    const QStringList files = samples("tools.md", "xml");
+    QCOMPARE(files.size(), 1);
+    QFile file(mFolder.filePath("hello.xml"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(files[0].toUtf8());
+    file.close();
+    const Outcome hello = run({"--studies", mSample, "--tools", file.fileName(), "--trigger", "Site.Hello"});
+    QVERIFY2(hello.err.endsWith("2 [Site.Hello] Hello from 3 studies\n"), qPrintable(hello.err));
+    QCOMPARE(hello.err.count('\n'), 1);
+    QCOMPARE(hello.status, 0);
+    const Outcome misspelt = run({"--tools", file.fileName(), "--trigger", "Site.Helo"});
+    QCOMPARE(misspelt.err, QStringLiteral("kyrun: There is no tool \"Site.Helo\"; there are Site.Hello\n"));
+    QFile guide(GUIDES "/tools.md");
+    QVERIFY(guide.open(QIODevice::ReadOnly) && guide.readAll().contains(misspelt.err.toUtf8()));
+    QCOMPARE(misspelt.status, 2);
+}
+
+void tst_tool_examples::checkableToolOfTheGuideWorks()
+{
+    const QStringList all = samples("tools.md", "js");
+    QCOMPARE(all.size(), 1);
+    const QStringList tool{
+        "--studies", mSample, "--tools",   toolFile("Id='Site.Reminder' Checkable='1'", all[0].toUtf8()),
+        "--log",     "-",     "--trigger", "Site.Reminder"};
+    const QString hint = "[Viewers] Hint in viewer 1: ";
+    const Outcome on = run(tool);
+    QVERIFY2(on.err.contains(hint + "Measure the nodules\n"), qPrintable(on.err));
+    const Outcome off = run(tool + QStringList({"--trigger", "Site.Reminder"}));
+    QCOMPARE(off.err.count(hint), 2);
+    QVERIFY2(off.err.contains(hint + "\n"), qPrintable(off.err));
+    QCOMPARE(off.status, 0);
 }
 
 KY_TEST_MAIN(tst_tool_examples)

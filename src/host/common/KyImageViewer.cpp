@@ -49,7 +49,9 @@ KySeriesVolume* KyImageViewer::seriesVolume(int inLayer) const
 
 OvImageVolume* KyImageViewer::imageVolume(int inLayer) const
 {
-    KySeriesVolume* series = seriesVolume(inLayer);
+    const bool known = inLayer >= 0 && std::size_t(inLayer) < mContent.layers.size();
+    // Held: who hears that it was read may let it go.
+    const auto series = known ? mContent.layers[std::size_t(inLayer)].volume : nullptr;
     return series ? series->volume() : nullptr;
 }
 
@@ -329,8 +331,9 @@ std::shared_ptr<const KyDICOMObjectInfo::ConditionDictionary> KyImageViewer::con
     auto conditions = std::make_shared<KyDICOMObjectInfo::ConditionDictionary>();
     conditions->setSharedOnly(isAcross);
     if (mContent.window) {
-        conditions->setValue(centreKey, mContent.window->centre);
-        conditions->setValue(widthKey, mContent.window->width);
+        const OvVolume* first = mContent.layers.empty() ? nullptr : mContent.layers[0].volume->present();
+        conditions->setValue(centreKey, mContent.window->centre, first);
+        conditions->setValue(widthKey, mContent.window->width, first);
     }
     return conditions;
 }

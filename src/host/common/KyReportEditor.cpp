@@ -1,5 +1,6 @@
 #include "KyReportEditor.h"
 
+#include <QtCore/QScopedValueRollback>
 #include <QtGui/QTextCursor>
 #include <QtQml/QJSEngine>
 
@@ -56,7 +57,7 @@ void KyReportScript::setEditor(KyReportEditor* inEditor)
         mEditor->document().disconnect(this);
     mEditor = inEditor;
     if (mEditor)
-        connect(&mEditor->document(), &QTextDocument::contentsChanged, this, &KyReportScript::textChanged);
+        connect(&mEditor->document(), &QTextDocument::contentsChanged, this, &KyReportScript::tell);
 }
 
 void KyReportScript::forget(const KyReportEditor* inEditor)
@@ -65,9 +66,22 @@ void KyReportScript::forget(const KyReportEditor* inEditor)
         setEditor(nullptr);
 }
 
+void KyReportScript::tell()
+{
+    if (mIsTelling)
+        return;
+    const QScopedValueRollback<bool> telling(mIsTelling, true);
+    Q_EMIT textChanged();
+}
+
 QString KyReportScript::text() const
 {
     return mEditor ? mEditor->document().toPlainText() : QString();
+}
+
+QString KyReportScript::textOf(const QJSValue& inValue)
+{
+    return inValue.isNull() || inValue.isUndefined() ? QString() : inValue.toString();
 }
 
 void KyReportScript::setText(const QString& inText)

@@ -6,6 +6,7 @@
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
 #include <QtGui/QTextDocument>
+#include <QtQml/QJSValue>
 
 #include <functional>
 
@@ -43,10 +44,10 @@ private:
 class KyReportScript final : public QObject
 {
     Q_OBJECT
-    /// The report as plain text, with "\n" between paragraphs.
-    Q_PROPERTY(QString text READ text WRITE setText NOTIFY textChanged)
+    /// The report as plain text, with "\n" between paragraphs. Whatever a script sets counts as its text.
+    Q_PROPERTY(QJSValue text READ scriptText WRITE setScriptText NOTIFY textChanged)
     /// The report with its formatting. What is written may be a fragment.
-    Q_PROPERTY(QString html READ html WRITE setHtml NOTIFY textChanged)
+    Q_PROPERTY(QJSValue html READ scriptHtml WRITE setScriptHtml NOTIFY textChanged)
 
 public:
     /// The one that there is.
@@ -66,13 +67,25 @@ public:
     Q_INVOKABLE void open();
 
 Q_SIGNALS:
+    /// A change that is made while this is told is not told again, so that whoever hears of it may write.
     void textChanged();
 
 private:
     friend class KyReportEditor;
     KyReportScript();
+    void tell();
+
+    // Scripts reach the texts as values: Qt's own conversion ends the process at an array that holds a
+    // symbol.
+    QJSValue scriptText() const { return text(); }
+    QJSValue scriptHtml() const { return html(); }
+    void setScriptText(const QJSValue& inText) { setText(textOf(inText)); }
+    void setScriptHtml(const QJSValue& inHtml) { setHtml(textOf(inHtml)); }
+    static QString textOf(const QJSValue& inValue);
+
     void setEditor(KyReportEditor* inEditor);
     void forget(const KyReportEditor* inEditor);
 
     KyReportEditor* mEditor = nullptr;
+    bool mIsTelling = false;
 };

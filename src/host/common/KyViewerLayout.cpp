@@ -6,12 +6,16 @@
 #include <ovbase/OvTranslationProperty.h>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QScopedValueRollback>
 
 #include <algorithm>
 
 namespace {
 
 constexpr const char* EnumName = "ViewerLayout";
+
+/// Of layouts asked for by those who heard of a change. More of them would go on for ever.
+constexpr int MostChanges = 10;
 
 struct Shape
 {
@@ -105,15 +109,22 @@ KyViewerLayout::KyViewerLayout(KySeriesVolume::Reading inReading, QObject* inPar
         manager->setActiveViewer(viewer(0));
 }
 
-KyViewerLayout::~KyViewerLayout() = default;
+/// Who hears of the ends of the viewers may ask for a layout, which comes to nothing.
+KyViewerLayout::~KyViewerLayout()
+{
+    mIsChanging = true;
+    while (!mViewers.empty())
+        mViewers.pop_back();
+}
 
 bool KyViewerLayout::setLayout(const QString& inKey)
 {
     if (!shapeOf(inKey))
         return false;
+    mWanted = inKey;
     if (OvVariant* layout = layoutProperty())
         layout->setValueFromQString(inKey);
-    apply(inKey);
+    apply(mWanted); // Maybe another one by now.
     return true;
 }
 
@@ -124,13 +135,24 @@ QString KyViewerLayout::layout() const
 
 void KyViewerLayout::apply(const QString& inKey)
 {
-    const Shape* shape = shapeOf(inKey);
-    if (!shape || (shape->rows == mRows && shape->columns == mColumns))
+    mWanted = inKey;
+    if (mIsChanging)
         return;
-    const int places = shape->rows * shape->columns;
+    const QScopedValueRollback<bool> changing(mIsChanging, true);
+    for (int count = 0; count < MostChanges; ++count) {
+        const Shape* shape = shapeOf(mWanted);
+        if (!shape || (shape->rows == mRows && shape->columns == mColumns))
+            return;
+        change(shape->rows, shape->columns);
+    }
+}
+
+void KyViewerLayout::change(int inRows, int inColumns)
+{
+    const int places = inRows * inColumns;
     makeActiveVisible(places);
-    mRows = shape->rows;
-    mColumns = shape->columns;
+    mRows = inRows;
+    mColumns = inColumns;
     while (int(mViewers.size()) > places) {
         mHidden.insert(mHidden.begin(), mViewers.back()->takeContent());
         mViewers.pop_back();
@@ -178,11 +200,12 @@ KyImageViewer* KyViewerLayout::activeViewer() const
 
 void KyViewerLayout::open(const KyViewerLayer& inLayer)
 {
-    KyImageViewer* active = activeViewer();
-    KyImageViewer* target = active ? active : viewer(0);
+    auto* manager = KyViewerManager::getInstance();
+    if (manager && !activeViewer())
+        manager->setActiveViewer(viewer(0));
+    // Held: who hears of what it shows may change the layout.
+    const RnHandle<KyImageViewer> target = activeViewer() ? activeViewer() : viewer(0);
     target->open(inLayer);
-    if (auto* manager = KyViewerManager::getInstance())
-        manager->setActiveViewer(target);
 }
 
 bool KyViewerLayout::isShown(const KyViewerLayer& inLayer) const
@@ -207,7 +230,8 @@ void KyViewerLayout::fill(const std::vector<std::shared_ptr<Ovg::DicomDirectoryE
         }
     }
     std::size_t next = 0;
-    for (const auto& viewer : mViewers) {
+    const auto viewers = mViewers; // Who hears of one that is filled may change the layout.
+    for (const auto& viewer : viewers) {
         if (viewer->isEmpty() && next < wanted.size())
             viewer->open(wanted[next++]);
     }
@@ -220,7 +244,8 @@ void KyViewerLayout::keepOnly(const std::vector<std::shared_ptr<Ovg::DicomDirect
             return Ovg::DicomDirectoryEntry::studyEquals(*study, *inLayer.study);
         });
     };
-    for (const auto& viewer : mViewers) {
+    const auto viewers = mViewers; // As in fill().
+    for (const auto& viewer : viewers) {
         const auto layers = viewer->layers();
         if (!layers.empty() && !isKept(layers.front()))
             viewer->open({});

@@ -14,6 +14,9 @@
 /// shows; its viewer closes, and another one opens when the place comes back. The active viewer stays in
 /// sight: if need be it changes places with the last one.
 ///
+/// Scripts hear of each step of a change through the tools that follow the viewers. A layout that is asked
+/// for in the middle of a change comes into force behind it.
+///
 /// GUI thread only. Ends before the viewer manager.
 class KyViewerLayout : public QObject
 {
@@ -61,10 +64,13 @@ Q_SIGNALS:
 
 private:
     void apply(const QString& inKey);
+    void change(int inRows, int inColumns);
     void makeActiveVisible(int inCount);
     bool isShown(const KyViewerLayer& inLayer) const;
 
     const KySeriesVolume::Reading mReading;
+    QString mWanted;
+    bool mIsChanging = false;
     int mRows = 0;
     int mColumns = 0;
     std::vector<RnHandle<KyImageViewer>> mViewers;

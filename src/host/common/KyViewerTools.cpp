@@ -4,6 +4,7 @@
 #include "KyViewerLayout.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QPointer>
 
 namespace {
 
@@ -24,13 +25,15 @@ std::shared_ptr<KyTool> makeTool(const LayoutTool& inWhat, KyViewerLayout& inLay
 {
     const QString name = QLatin1String(inWhat.layout);
     const auto self = std::make_shared<std::weak_ptr<KyTool>>();
-    const auto showState = [&inLayout, name, self] {
-        if (const auto tool = self->lock())
-            tool->setActive(inLayout.layout() == name);
+    const QPointer<KyViewerLayout> layout = &inLayout;
+    const auto showState = [layout, name, self] {
+        const auto tool = self->lock();
+        if (tool && layout)
+            tool->setActive(layout->layout() == name);
     };
     // Turned off, it is turned on again.
-    const auto work = [&inLayout, name, showState](bool) {
-        const bool isDone = inLayout.setLayout(name);
+    const auto work = [layout, name, showState](bool) {
+        const bool isDone = layout && layout->setLayout(name);
         showState();
         return isDone;
     };

@@ -13,6 +13,6 @@ class KyViewerTools
 public:
     KyViewerTools() = delete;
 
-    /// Makes the tools; whoever holds them lets them go before \a inLayout, which they use.
+    /// Makes the tools. Without \a inLayout, once it has ended, they do nothing.
     static std::vector<std::shared_ptr<KyTool>> make(KyViewerLayout& inLayout);
 };

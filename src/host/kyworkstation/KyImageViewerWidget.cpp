@@ -12,6 +12,7 @@
 #include <QtWidgets/QSlider>
 
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -85,8 +86,30 @@ KyImageViewerWidget::KyImageViewerWidget(KyImageViewer& inViewer, QWidget* inPar
 
 KyImageViewerWidget::~KyImageViewerWidget()
 {
-    if (mViewer->widget() == this)
-        mViewer->setWidget(nullptr);
+    letGo();
+}
+
+void KyImageViewerWidget::letGo()
+{
+    mDrag = Drag();
+    const RnHandle<KyImageViewer> viewer = std::exchange(mViewer, nullptr);
+    if (!viewer)
+        return;
+    viewer->disconnect(this);
+    viewer->contextToolBar()->disconnect(this);
+    if (viewer->widget() == this)
+        viewer->setWidget(nullptr);
+}
+
+/// Without the focus, which Qt would hand on to the next viewer and so make that the active one.
+void KyImageViewerWidget::retire()
+{
+    QWidget* focused = QApplication::focusWidget();
+    if (focused && (focused == this || isAncestorOf(focused)))
+        focused->clearFocus();
+    hide();
+    letGo();
+    deleteLater();
 }
 
 void KyImageViewerWidget::makeSlider()
@@ -98,8 +121,10 @@ void KyImageViewerWidget::makeSlider()
     mWeight->setRange(0, SliderSteps);
     mWeight->setFocusPolicy(Qt::ClickFocus);
     mWeight->hide();
-    connect(mWeight, &QSlider::valueChanged, this,
-            [this](int value) { mViewer->setFusionWeight(double(value) / SliderSteps); });
+    connect(mWeight, &QSlider::valueChanged, this, [this](int value) {
+        if (mViewer)
+            mViewer->setFusionWeight(double(value) / SliderSteps);
+    });
 }
 
 void KyImageViewerWidget::viewerChanged()
@@ -120,15 +145,17 @@ void KyImageViewerWidget::setActive(bool inActive)
     update();
 }
 
-void KyImageViewerWidget::activate()
+bool KyImageViewerWidget::activate()
 {
-    if (auto* manager = KyViewerManager::getInstance())
+    auto* manager = KyViewerManager::getInstance();
+    if (manager && mViewer)
         manager->setActiveViewer(mViewer.get());
+    return mViewer.get() != nullptr;
 }
 
 QRectF KyImageViewerWidget::imageRect() const
 {
-    const OvImageSlice* slice = mViewer->imageSlice();
+    const OvImageSlice* slice = mViewer ? mViewer->imageSlice() : nullptr;
     if (!slice || width() < 1 || height() < 1)
         return QRectF();
     const OvPlane plane = slice->plane();
@@ -143,6 +170,8 @@ QRectF KyImageViewerWidget::imageRect() const
 void KyImageViewerWidget::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
+    if (!mViewer)
+        return painter.fillRect(rect(), Qt::black);
     const QImage& image = mPlane.of(*mViewer);
     const QRectF target = imageRect();
     if (!target.contains(rect()) || image.isNull())
@@ -209,12 +238,13 @@ void KyImageViewerWidget::resizeEvent(QResizeEvent*)
 void KyImageViewerWidget::wheelEvent(QWheelEvent* inEvent)
 {
     const double notches = inEvent->angleDelta().y() / WheelNotch;
-    activate();
+    inEvent->accept();
+    if (!activate())
+        return;
     if (inEvent->modifiers() & Qt::ControlModifier)
         zoomAround(inEvent->position(), std::pow(ZoomStep, notches));
     else
         scrollByWheel(*inEvent);
-    inEvent->accept();
 }
 
 void KyImageViewerWidget::scrollByWheel(const QWheelEvent& inEvent)
@@ -239,6 +269,8 @@ void KyImageViewerWidget::zoomAround(const QPointF& inPlace, double inFactor)
 
 void KyImageViewerWidget::keyPressEvent(QKeyEvent* inEvent)
 {
+    if (!mViewer)
+        return;
     const QPointF middle = QRectF(rect()).center();
     switch (inEvent->key()) {
     case Qt::Key_Up:
@@ -276,7 +308,8 @@ void KyImageViewerWidget::keyPressEvent(QKeyEvent* inEvent)
 
 void KyImageViewerWidget::mousePressEvent(QMouseEvent* inEvent)
 {
-    activate();
+    if (!activate())
+        return;
     const bool isLeft = inEvent->button() == Qt::LeftButton;
     Action action = Action::None;
     if (inEvent->button() == Qt::MiddleButton || (isLeft && inEvent->modifiers() & Qt::ShiftModifier))
@@ -337,15 +370,15 @@ void KyImageViewerWidget::mouseReleaseEvent(QMouseEvent*)
 
 void KyImageViewerWidget::mouseDoubleClickEvent(QMouseEvent* inEvent)
 {
-    activate();
-    if (inEvent->button() == Qt::LeftButton && inEvent->modifiers() == Qt::NoModifier)
+    const bool isHere = activate();
+    if (isHere && inEvent->button() == Qt::LeftButton && inEvent->modifiers() == Qt::NoModifier)
         Q_EMIT aloneWanted();
 }
 
 void KyImageViewerWidget::contextMenuEvent(QContextMenuEvent* inEvent)
 {
-    activate();
-    Q_EMIT menuWanted(inEvent->globalPos());
+    if (activate())
+        Q_EMIT menuWanted(inEvent->globalPos());
 }
 
 void KyImageViewerWidget::focusInEvent(QFocusEvent* inEvent)

@@ -33,7 +33,11 @@ public:
     explicit KyImageViewerWidget(KyImageViewer& inViewer, QWidget* inParent = nullptr);
     ~KyImageViewerWidget() override;
 
+    /// Good until retire().
     KyImageViewer& viewer() const { return *mViewer; }
+
+    /// Lets go of the viewer, hides the widget, and deletes it when the events that it is in have ended.
+    void retire();
 
     /// Where the plane stands in the widget.
     QRectF imageRect() const;
@@ -80,9 +84,11 @@ private:
         KyImageViewer::View view;
     };
 
+    void letGo();
     void viewerChanged();
     void makeSlider();
-    void activate();
+    /// False when that has retired the widget.
+    bool activate();
     void scrollByWheel(const QWheelEvent& inEvent);
     void zoomAround(const QPointF& inPlace, double inFactor);
     void dragWindow(const QPointF& inDistance);
@@ -91,7 +97,7 @@ private:
     void drawMessages(QPainter& ioPainter) const;
     void drawFrame(QPainter& ioPainter) const;
 
-    const RnHandle<KyImageViewer> mViewer;
+    RnHandle<KyImageViewer> mViewer; ///< Null once retired, which any change of the viewer may lead to.
     KyPlaneImage mPlane;
     KyViewerTexts mTexts;
     QSlider* mWeight = nullptr; ///< Shown with a second layer.

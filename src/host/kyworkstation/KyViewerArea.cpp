@@ -5,7 +5,10 @@
 
 #include <kybase/KyViewerManager.h>
 
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QGridLayout>
+
+#include <utility>
 
 namespace {
 
@@ -37,8 +40,13 @@ KyViewerArea::~KyViewerArea()
 
 void KyViewerArea::rebuild()
 {
-    qDeleteAll(mWidgets);
-    mWidgets.clear();
+    const QWidget* focused = QApplication::focusWidget();
+    const bool hadFocus = focused && isAncestorOf(focused);
+    // One of them may be the one whose event has led here.
+    for (KyImageViewerWidget* widget : std::exchange(mWidgets, {})) {
+        mGrid->removeWidget(widget);
+        widget->retire();
+    }
     for (int place = 0; place < mLayout.count(); ++place) {
         auto* widget = new KyImageViewerWidget(*mLayout.viewer(place), this);
         connect(widget, &KyImageViewerWidget::menuWanted, this, &KyViewerArea::menuWanted);
@@ -46,6 +54,7 @@ void KyViewerArea::rebuild()
                 Qt::QueuedConnection);
         connect(widget, &KyImageViewerWidget::seriesDropped, this, &KyViewerArea::open);
         mGrid->addWidget(widget, place / mLayout.columns(), place % mLayout.columns());
+        widget->show(); // At once, for the focus; the layout would do it later.
         mWidgets.append(widget);
     }
     for (int line = 0; line < 2; ++line) {
@@ -53,6 +62,10 @@ void KyViewerArea::rebuild()
         mGrid->setColumnStretch(line, line < mLayout.columns() ? 1 : 0);
     }
     showActive();
+    for (KyImageViewerWidget* widget : std::as_const(mWidgets)) {
+        if (hadFocus && &widget->viewer() == mLayout.activeViewer())
+            widget->setFocus();
+    }
 }
 
 KyImageViewerWidget* KyViewerArea::widgetAt(int inPlace) const
