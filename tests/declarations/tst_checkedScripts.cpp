@@ -132,6 +132,7 @@ private slots:
     void scriptHasNoMistakes();
     void folderOfExamplesHasItsOneLine();
     void packageWorksFromItsModules();
+    void typeScriptBecomesWhatTheEngineRuns();
     void examplesOfTheDeclarationsHoldUnderStrictRules();
     void mistakeIsFound_data();
     void mistakeIsFound();
@@ -139,7 +140,8 @@ private slots:
 private:
     void addScript(const QString& inName, const QString& inText);
     /// What the compiler says of a project, a line for each message.
-    QStringList compile(const QString& inFolder, const QStringList& inOptions = {});
+    QStringList compile(const QString& inFolder, const QStringList& inOptions = {},
+                        const QString& inProject = "jsconfig.json");
 
     QTemporaryDir mFolder;
     QStringList mScripts;
@@ -179,12 +181,13 @@ void tst_checkedScripts::addScript(const QString& inName, const QString& inText)
     mScripts.append(inName);
 }
 
-QStringList tst_checkedScripts::compile(const QString& inFolder, const QStringList& inOptions)
+QStringList tst_checkedScripts::compile(const QString& inFolder, const QStringList& inOptions,
+                                        const QString& inProject)
 {
     QProcess compiler;
     compiler.setWorkingDirectory(inFolder);
-    compiler.start(Peers::node(), QStringList{Peers::fileOfModule("typescript/bin/tsc"), "-p",
-                                              "jsconfig.json", "--pretty", "false"} +
+    compiler.start(Peers::node(), QStringList{Peers::fileOfModule("typescript/bin/tsc"), "-p", inProject,
+                                              "--pretty", "false"} +
                                       inOptions);
     if (!compiler.waitForFinished(240000))
         return {"the compiler does not end"};
@@ -237,6 +240,24 @@ void tst_checkedScripts::packageWorksFromItsModules()
     const QStringList messages = compile(folder.path());
     QCOMPARE(messages.size(), 1);
     QVERIFY2(messages.first().contains("'gett' does not exist"), qPrintable(messages.first()));
+}
+
+/// Newer syntax, which only the compiler understands.
+void tst_checkedScripts::typeScriptBecomesWhatTheEngineRuns()
+{
+    const QTemporaryDir folder;
+    QVERIFY(write(folder.filePath("tsconfig.json"),
+                  "{ \"extends\": \"" + Repository.filePath(DECLARATION_FOLDER "/tsconfig.json") + "\" }"));
+    const QString script = read("examples/typescript/countdown.ts");
+    QVERIFY(script.contains("wait(1000)") && script.contains("async "));
+    QVERIFY(write(folder.filePath("countdown.ts"), QString(script).replace("wait(1000)", "wait(1)")));
+    QCOMPARE(compile(folder.path(), {}, "tsconfig.json"), QStringList());
+
+    QProcess kyrun;
+    kyrun.start(KYRUN, {folder.filePath("countdown.js")});
+    QVERIFY(kyrun.waitForFinished(60000));
+    QCOMPARE(kyrun.readAllStandardOutput(), "still 3\nstill 2\nstill 1\ndone\n");
+    QCOMPARE(kyrun.exitCode(), 0);
 }
 
 /// The examples of the declarations are what authors copy, whatever rules they have chosen.

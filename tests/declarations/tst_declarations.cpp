@@ -73,6 +73,9 @@ constexpr Sample Samples[] = {
     {"WebSocketServer.registerSocket", "kept = WebSocketServer.registerSocket('test')"},
 };
 
+/// Declares what only files of tests have.
+const QString TestingFile = "/testing.d.ts";
+
 /// An argument of that name in constructors is how C++ makes such objects.
 const QString ParentArgument = "parent";
 
@@ -113,6 +116,9 @@ private slots:
     void everyDeclaredGlobalIsThere_data();
     void everyDeclaredGlobalIsThere();
     void kyrunHasTheDeclaredGlobals();
+    void testFilesHaveTheDeclaredGlobals();
+    void expectationsAreTheDeclaredOnes();
+    void examplesOfTestsPass();
     void globalFunctionsAgree_data();
     void globalFunctionsAgree();
     void constructorsAgree_data();
@@ -147,6 +153,10 @@ private slots:
 private:
     QJSValue evaluate(const QString& inSource);
     QStringList globalNames();
+    QStringList declaredGlobals(bool inForTests) const;
+    static QString kyrun(const QStringList& inArguments);
+    /// The texts of a list that a script of a test file has, in their order.
+    QStringList inTestFile(const QString& inExpression);
     HostClass classOf(const QJSValue& inValue) const;
     Comparison comparison() const { return Comparison(mDeclared->hostTypes(), exceptionNames()); }
     static QString page(const QString& inName);
@@ -256,7 +266,7 @@ void tst_declarations::everyGlobalIsDeclared()
 void tst_declarations::everyDeclaredGlobalIsThere_data()
 {
     QTest::addColumn<QString>("name");
-    for (const QString& name : mDeclared->globals().keys())
+    for (const QString& name : declaredGlobals(false))
         QTest::newRow(qPrintable(name)) << name;
 }
 
@@ -267,26 +277,93 @@ void tst_declarations::everyDeclaredGlobalIsThere()
              qPrintable(name + " is declared, but no engine has it: take it out"));
 }
 
+/// Those that are declared for files of tests, or all others.
+QStringList tst_declarations::declaredGlobals(bool inForTests) const
+{
+    QStringList names;
+    const QJsonObject globals = mDeclared->globals();
+    for (auto global = globals.begin(); global != globals.end(); ++global) {
+        if (global.value().toObject().value("file").toString().endsWith(TestingFile) == inForTests)
+            names.append(global.key());
+    }
+    return names;
+}
+
+/// What kyrun prints, without the marks of comments.
+QString tst_declarations::kyrun(const QStringList& inArguments)
+{
+    QProcess program;
+    program.start(KYRUN, inArguments);
+    program.waitForFinished(60000);
+    const QString said = QString::fromUtf8(program.readAllStandardOutput());
+    return program.exitCode() == 0 ? said : "failed:\n" + said + program.readAllStandardError();
+}
+
+QStringList tst_declarations::inTestFile(const QString& inExpression)
+{
+    static const QString code("test('x', function () { print('>' + (%1).join(' ')); });");
+    QFile file(mFolder.filePath("names.test.js"));
+    if (!file.open(QIODevice::WriteOnly))
+        return {};
+    file.write(code.arg(inExpression).toUtf8());
+    file.close();
+    QStringList names = kyrun({"--test", file.fileName()}).section('>', 1).section('\n', 0, 0).split(' ');
+    names.sort();
+    return names;
+}
+
 /// The program itself, which may give its scripts more than its library tells.
 void tst_declarations::kyrunHasTheDeclaredGlobals()
 {
-    QProcess kyrun;
-    kyrun.start(KYRUN, {"-e", "print(Object.getOwnPropertyNames(this).join(' '))"});
-    QVERIFY(kyrun.waitForFinished(60000));
-    const QStringList all = QString::fromUtf8(kyrun.readAllStandardOutput()).trimmed().split(' ');
+    QStringList names =
+        kyrun({"-e", "print(Object.getOwnPropertyNames(this).join(' '))"}).trimmed().split(' ');
+    QStringList expected = declaredGlobals(false);
     QJSEngine bare;
-    QSet<QString> names;
-    for (const QString& name : all) {
-        if (!bare.globalObject().hasOwnProperty(name))
-            names.insert(name);
-    }
-    const QStringList declared = mDeclared->globals().keys();
-    QSet<QString> expected(declared.begin(), declared.end());
-    for (const QString& name : declared) {
-        if (bare.globalObject().hasOwnProperty(name))
-            expected.remove(name);
-    }
+    const auto isOfTheLanguage = [&](const QString& inName) {
+        return bare.globalObject().hasOwnProperty(inName);
+    };
+    names.removeIf(isOfTheLanguage);
+    expected.removeIf(isOfTheLanguage);
+    names.sort();
     QCOMPARE(names, expected);
+}
+
+void tst_declarations::testFilesHaveTheDeclaredGlobals()
+{
+    QStringList names = inTestFile("Object.getOwnPropertyNames(Function('return this')())");
+    const QStringList usual =
+        kyrun({"-e", "print(Object.getOwnPropertyNames(this).join(' '))"}).trimmed().split(' ');
+    names.removeIf([&](const QString& inName) { return usual.contains(inName); });
+    QCOMPARE(names, declaredGlobals(true));
+    QVERIFY(names.contains("test"));
+}
+
+void tst_declarations::expectationsAreTheDeclaredOnes()
+{
+    QStringList names = mDeclared->types().value("Expectations")["members"].toObject().keys();
+    QVERIFY(names.contains("toBe"));
+    QCOMPARE(inTestFile("Object.keys(expect(1).not)"), names);
+    names.append("not");
+    names.sort();
+    QCOMPARE(inTestFile("Object.keys(expect(1))"), names);
+    QCOMPARE(inTestFile("Object.keys(test)"), (QStringList{"skip", "todo"}));
+}
+
+void tst_declarations::examplesOfTestsPass()
+{
+    QStringList arguments{"--test"};
+    for (const QJsonValue example : mDeclared->examples()) {
+        if (!example["file"].toString().endsWith(TestingFile))
+            continue;
+        arguments.append(mFolder.filePath(example["name"].toString() + ".test.js"));
+        QFile file(arguments.last());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(example["code"].toString().toUtf8() +
+                   "\ntest('example', function () { expect(1).toBe(1); });");
+    }
+    QVERIFY(arguments.size() > 4);
+    const QString said = kyrun(arguments);
+    QVERIFY2(!said.startsWith("failed"), qPrintable(said));
 }
 
 void tst_declarations::globalFunctionsAgree_data()
@@ -620,17 +697,20 @@ void tst_declarations::keysOfDialogsAreThoseOfTheGuide()
 /// A page of the guide.
 QString tst_declarations::page(const QString& inName)
 {
-    QFile file(GUIDE + ('/' + inName));
+    QFile file(GUIDE "/" + inName);
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
 void tst_declarations::examplesRun_data()
 {
     QTest::addColumn<QString>("code");
-    for (const QJsonValue example : mDeclared->examples())
+    for (const QJsonValue example : mDeclared->examples()) {
+        if (example["file"].toString().endsWith(TestingFile))
+            continue;
         QTest::addRow("%s, %s:%d", qPrintable(example["name"].toString()),
                       qPrintable(example["file"].toString()), example["line"].toInt())
             << example["code"].toString();
+    }
     QVERIFY(mDeclared->examples().size() > 20);
 }
 

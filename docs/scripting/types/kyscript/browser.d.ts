@@ -20,8 +20,9 @@ interface BrowserCtrl extends HostObject {
     setInstallationDirectory(inPath: string): void;
     /**
      * Starts the browser if it isn't running, which may take 6 seconds at most, and sends it a command, or several with
-     * ";" between them: `SHOW`, `HIDE`, `URL address`, `BACK`, `FORWARD`, `RELOAD`, `STOP`, `ZOOM percent`, `TITLE text`,
-     * `GEOMETRY top left bottom right`. Errors: a line of the log, and a message box where `SHOW` can't start it.
+     * ";" between them: `SHOW`, `HIDE`, `URL address`, `BACK`, `FORWARD`, `RELOAD`, `STOP`, `ZOOM percent`, `TITLE
+     * text`, `GEOMETRY top left bottom right`. Errors: a line of the log, and a message box where `SHOW` can't start
+     * it.
      */
     sendCommand(inCMD: string): void;
     /** Whether it is hidden. A program is asked, and has a second to answer. Neutral: true. */
