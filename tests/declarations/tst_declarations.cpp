@@ -6,7 +6,6 @@
 
 #include <interop/Peers.h>
 #include <support/KyTest.h>
-#include <support/ModalAnswer.h>
 
 #include <common/KyHostPlatform.h>
 #include <common/KyViewerLayout.h>
@@ -19,6 +18,7 @@
 #include <kybase/KyLoadHelper.h>
 #include <kybase/KyWorklistHelper.h>
 
+#include <QApplication>
 #include <QDesktopServices>
 #include <QDialog>
 #include <QFile>
@@ -29,6 +29,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextEdit>
+#include <QTimer>
 
 #include <optional>
 
@@ -718,12 +719,18 @@ void tst_declarations::examplesRun()
 {
     QFETCH(QString, code);
     static const QRegularExpression asksTheUser("Message[.]question|getSaveFileName");
-    std::optional<ModalAnswer> answer;
-    if (code.contains(asksTheUser))
-        answer.emplace([](QWidget* inWindow) { qobject_cast<QDialog*>(inWindow)->reject(); });
+    int windows = 0;
+    QTimer user; // closes what waits for somebody
+    connect(&user, &QTimer::timeout, this, [&windows] {
+        if (auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
+            ++windows;
+            window->reject();
+        }
+    });
+    user.start(20);
     const QJSValue value = mEngine->runScript(KyScriptProgram(code, "example.js"), false);
     QVERIFY2(!value.isError(), qPrintable(value.toString() + "\n" + code));
-    QVERIFY(!answer || answer->happened());
+    QCOMPARE(windows > 0, code.contains(asksTheUser));
     QCoreApplication::processEvents();
     QVERIFY(!code.contains("Url.open") || !mOpened.isEmpty());
 }
