@@ -18,8 +18,9 @@ install(FILES ${CMAKE_BINARY_DIR}/kyscript.pc DESTINATION ${CMAKE_INSTALL_LIBDIR
 # The declarations of what scripts see: a package, for editors and for TypeScript's compiler.
 install(DIRECTORY docs/scripting/types/kyscript DESTINATION ${CMAKE_INSTALL_DATADIR}/kyscript/types
   COMPONENT documentation)
-install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
-install(DIRECTORY examples/scripts examples/tools DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
+# As in the sources, so that the links between them hold.
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(DIRECTORY examples/scripts examples/tools examples/typescript DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
   COMPONENT documentation)
 install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 
