@@ -27,6 +27,7 @@ function isUnderstood(text) {
 [
     ["async functions", "async function f() { await 1; }"],
     ["private fields", "class A { #a = 1; }"],
+    ["public fields", "class A { a = 1; }"],
     ["spread in objects", "var a = {...{b: 1}};"],
     ["numbers with separators", "var a = 1_000;"],
     ["big integers", "var a = 1n;"]

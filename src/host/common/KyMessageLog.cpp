@@ -30,10 +30,12 @@ bool isHandlerError(const QString& inText)
     return form.match(inText).hasMatch();
 }
 
-/// A machine without a user session or a display is normal for a program that scripts start.
+/// A machine without a user session or a display is normal for a program that scripts start; so is a function
+/// that uses a variable declared further down, as compilers to JavaScript write them.
 bool isRoutine(const QString& inText)
 {
-    return inText.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set")) ||
+    return inText.contains(QLatin1String(" is used before its declaration at ")) ||
+           inText.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set")) ||
            inText.startsWith(QLatin1String("This plugin does not support "));
 }
 
