@@ -31,8 +31,8 @@ private:
     QString mProject;
 };
 
-tst_projectExample::Outcome
-tst_projectExample::run(const QString& inProgram, const QStringList& inArguments, const QString& inFolder)
+tst_projectExample::Outcome tst_projectExample::run(const QString& inProgram, const QStringList& inArguments,
+                                                    const QString& inFolder)
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
