@@ -1,6 +1,7 @@
 // Many at once at the door of the WebSocket server: nothing grows, and those who are in are served.
 
 #include <support/ContractWatch.h>
+#include <support/FewOpenFiles.h>
 #include <support/KyTest.h>
 #include <support/KyTestPlatform.h>
 #include <support/RawWebSocket.h>
@@ -11,6 +12,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QSignalSpy>
 #include <QSslConfiguration>
 #include <QTest>
 #include <QWebSocket>
@@ -32,6 +34,7 @@ private slots:
     void silentOnesAreEnded_data();
     void silentOnesAreEnded();
     void everNewNamesDoNotGrow();
+    void doorOpensAgainAfterFilesRanOut();
 
 private:
     QString text(const QString& inSource);
@@ -254,6 +257,23 @@ void tst_websocket_crowd::everNewNamesDoNotGrow()
     }
     const double grown = usedMemory() - before;
     QVERIFY2(grown < 8, qPrintable(QString("%1 MB").arg(grown)));
+}
+
+/// A client for whom the process had no file left waits at the port until there is one.
+void tst_websocket_crowd::doorOpensAgainAfterFilesRanOut()
+{
+    const QUrl url(text("var socket = echo('in', WebSocketServer); socket.getURL()"));
+    QSignalSpy refused(qtServer(), &QWebSocketServer::acceptError);
+    const auto waiting = RawWebSocket::client(url);
+    {
+        const FewOpenFiles none(FewOpenFiles::next());
+        QTRY_VERIFY(refused.size() >= 2);
+        QVERIFY(!waiting->hasHead());
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(waiting->hasHead(), 30000);
+    QVERIFY(isServed(*waiting));
+    const auto next = RawWebSocket::client(url);
+    QTRY_VERIFY(next->hasHead());
 }
 
 KY_TEST_MAIN(tst_websocket_crowd)

@@ -1,4 +1,5 @@
 #include <support/ContractWatch.h>
+#include <support/FewOpenFiles.h>
 #include <support/KyTest.h>
 #include <support/KyTestPlatform.h>
 #include <support/LogCapture.h>
@@ -56,6 +57,8 @@ private slots:
     void foreignReplyIsAContract();
     void noReplyIsNothing();
     void replyDeletedByOthersIsAContract();
+    void manyObjectsFailInPlaceOfTheProcess();
+    void requestFailsWithFewFilesLeft();
     void signalSentByAScriptIsHarmless_data();
     void signalSentByAScriptIsHarmless();
 
@@ -573,6 +576,54 @@ void tst_KyScriptHttpRequest::replyDeletedByOthersIsAContract()
     request.get(mServer->url("/hello"));
     request.waitForFinished(20000);
     QCOMPARE(spy.size(), 2);
+}
+
+/// Each that sends has a thread, and one that finds no file left would end the process.
+void tst_KyScriptHttpRequest::manyObjectsFailInPlaceOfTheProcess()
+{
+    const FewOpenFiles few(800);
+    LogCapture log(3);
+    text("var requests = []; for (var i = 0; i < 300; ++i) {"
+         "    requests.push(make()); requests[i].get(base + '/hello'); }");
+    QVERIFY(waitForAnswers(300));
+    QCOMPARE(text("answers.filter(function(answer) { return answer === 'hello|200'; }).length"),
+             QString("200"));
+    QCOMPARE(text("answers.filter(function(answer) { return answer === '|undefined'; }).length"),
+             QString("100"));
+    const QString line =
+        "3||Received http error Too many open files for " + mServer->url("/hello") + " request ";
+    QCOMPARE(log.take(), QStringList(100, line));
+
+    // Those that have gone leave their place to others.
+    text("requests = null");
+    mEngine->collectGarbage();
+    flushDeletions();
+    text("var next = make(); next.get(base + '/other')");
+    QVERIFY(waitForAnswers(301));
+    QCOMPARE(text("answers[300]"), QString("other|200"));
+}
+
+void tst_KyScriptHttpRequest::requestFailsWithFewFilesLeft()
+{
+    LogCapture log(3);
+    for (const char* call : {"get(base + '/hello')", "post(base + '/hello', 'x')",
+                             "put(base + '/hello', 'x')", "del(base + '/hello')"})
+    {
+        text("answers = []; var request = make()");
+        {
+            FewOpenFiles few(400);
+            few.takeAllBut(50); // of an eighth
+            text(QString("request.%1; request.waitForFinished(60000)").arg(call));
+        }
+        QCOMPARE(text("answers"), QString("|undefined"));
+        QCOMPARE(log.take(), QStringList("3||Received http error Too many open files for " +
+                                         mServer->url("/hello") + " request "));
+        text(QString("request.setHeader('Content-Type', 'text/plain'); request.%1; "
+                     "request.waitForFinished(60000)")
+                 .arg(call));
+        QCOMPARE(text("answers"), QString("|undefined,hello|200"));
+    }
+    QCOMPARE(log.take(), QStringList());
 }
 
 void tst_KyScriptHttpRequest::signalSentByAScriptIsHarmless_data()

@@ -1,4 +1,5 @@
 #include <support/ContractWatch.h>
+#include <support/FewOpenFiles.h>
 #include <support/KyTest.h>
 #include <support/KyTestPlatform.h>
 #include <support/LogCapture.h>
@@ -26,6 +27,7 @@ private slots:
     void scriptsConstructIt();
     void freshObject();
     void slotsOfAFreshObjectAreHarmless();
+    void sslErrorsMayBeAnything();
 
     // open
     void openConnects();
@@ -40,6 +42,7 @@ private slots:
     void lateHandshakeStillConnects();
     void failedOpenKeepsSocketAndBudget();
     void openInsideOpenIsFalse();
+    void openFailsWithFewFilesLeft();
 
     // messages
     void textGoesBothWays();
@@ -210,6 +213,12 @@ void tst_KyScriptWebSocket::slotsOfAFreshObjectAreHarmless()
     QCOMPARE(log.take(), QStringList({"1||WebSocket: Connected to ", "3||WebSocket: Diconnected from ",
                                       "1||WebSocket: received error code (3) form "}));
     QCOMPARE(text("messages"), QString("by hand"));
+    QCOMPARE(text("ws.isConnected()"), QString("false"));
+}
+
+void tst_KyScriptWebSocket::sslErrorsMayBeAnything()
+{
+    LogCapture log;
     for (const char* errors :
          {"[]", "[Symbol()]", "[[{a: Symbol()}]]", "Symbol()", "null", "undefined, 1", "'x'", "ws",
           "(function() { var a = []; a.length = 4294967295; return a; })()",
@@ -219,7 +228,6 @@ void tst_KyScriptWebSocket::slotsOfAFreshObjectAreHarmless()
         QCOMPARE(text(QString("ws.onSslErrors(%1)").arg(errors)), QString("undefined"));
         QCOMPARE(log.toStrings().value(0), QString("1||WebSocket: received ssl error form "));
     }
-    QCOMPARE(text("ws.isConnected()"), QString("false"));
 }
 
 void tst_KyScriptWebSocket::openConnects()
@@ -399,6 +407,22 @@ void tst_KyScriptWebSocket::openInsideOpenIsFalse()
     QCOMPARE(text("ws.open(url)"), QString("false"));
     QCOMPARE(inner, QString("false"));
     QCOMPARE(text("ws.getURL()"), mServer->url());
+}
+
+/// The object has no socket then, and may try again.
+void tst_KyScriptWebSocket::openFailsWithFewFilesLeft()
+{
+    LogCapture log;
+    {
+        FewOpenFiles few(400);
+        few.takeAllBut(50); // of an eighth
+        QCOMPARE(text("ws.open(url)"), QString("false"));
+        QCOMPARE(log.take(), QStringList("1||WebSocket: received error code (4) form " + mServer->url()));
+        QCOMPARE(text("ws.isConnected() + ws.getURL()"), "false" + mServer->url());
+        few.takeAllBut(0);
+        QCOMPARE(text("ws.open(url)"), QString("false"));
+    }
+    QCOMPARE(text("ws.open(url)"), QString("true"));
 }
 
 void tst_KyScriptWebSocket::textGoesBothWays()

@@ -1,5 +1,6 @@
 #include "KyScriptHttpRequest.h"
 
+#include "KyScriptOpenFiles.h"
 #include "KyScriptProxy.h"
 #include "KyScriptReplyContent.h"
 #include "KyScriptSender.h"
@@ -34,6 +35,35 @@ void logAnswer(QNetworkReply::NetworkError inError, const QByteArray& inErrorTex
                                    inUrl.constData());
 }
 
+/// The answer to a request for which there are no sockets: a failure, told by the event loop as any other.
+class RefusedReply : public QNetworkReply
+{
+public:
+    RefusedReply(const QNetworkRequest& inRequest, QObject* inParent)
+        : QNetworkReply(inParent)
+    {
+        setRequest(inRequest);
+        setUrl(inRequest.url());
+        setError(UnknownNetworkError, QStringLiteral("Too many open files"));
+        QMetaObject::invokeMethod(this, &RefusedReply::finish, Qt::QueuedConnection);
+    }
+    void abort() override {}
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+
+private:
+    void finish()
+    {
+        setFinished(true);
+        Q_EMIT finished();
+    }
+};
+
+/// Objects that have sent something. The manager of each has a thread, which opens a file of its own when it
+/// gets to it; so they are counted.
+int sSending = 0;
+
 } // namespace
 
 class KyScriptHttpRequest::Private
@@ -45,6 +75,7 @@ public:
     /// A wait in progress stands on the loop, which therefore goes on its own.
     ~Private()
     {
+        sSending -= mIsSending ? 1 : 0;
         if (!mWaitLoop || !mWaitLoop->isRunning())
             return;
         mWaitLoop->setParent(nullptr);
@@ -58,6 +89,7 @@ public:
         return mRequest;
     }
 
+    bool begin();
     void removeReply(const QPointer<QNetworkReply>& inReply);
     bool hasUnfinishedReply() const;
 
@@ -66,7 +98,18 @@ public:
     QPointer<JxEventLoop> mWaitLoop;
     /// Not answered yet, in the order of sending.
     QList<QPointer<QNetworkReply>> mReplies;
+    bool mIsSending = false;
 };
+
+/// Whether there are sockets for a request.
+bool KyScriptHttpRequest::Private::begin()
+{
+    if (!KyScriptOpenFiles::areLeft() || (!mIsSending && sSending >= KyScriptOpenFiles::limit() / 4))
+        return false;
+    sSending += mIsSending ? 0 : 1;
+    mIsSending = true;
+    return true;
+}
 
 void KyScriptHttpRequest::Private::removeReply(const QPointer<QNetworkReply>& inReply)
 {
@@ -95,33 +138,41 @@ KyScriptHttpRequest::KyScriptHttpRequest(QObject* parent)
 
 KyScriptHttpRequest::~KyScriptHttpRequest() = default;
 
-void KyScriptHttpRequest::logRequest(const char* inVerb, const QString& inUrl)
+template <class Send>
+void KyScriptHttpRequest::send(const char* inVerb, const QString& inUrl, Send inSend)
 {
     getTheLogInstance().printf("Send http %s request: %s", inVerb, inUrl.toLatin1().constData());
+    const QNetworkRequest& request = d->requestTo(inUrl);
+    if (d->begin()) {
+        d->mReplies.append(inSend(*d->mManager.data(), request));
+        return;
+    }
+    auto* refused = new RefusedReply(request, d->mManager.data());
+    connect(refused, &QNetworkReply::finished, this, [this, refused] { replyFinished(refused); });
+    d->mReplies.append(refused);
 }
 
 void KyScriptHttpRequest::get(QString request)
 {
-    logRequest("GET", request);
-    d->mReplies.append(d->mManager->get(d->requestTo(request)));
+    send("GET", request, [](auto& ioManager, const auto& inRequest) { return ioManager.get(inRequest); });
 }
 
 void KyScriptHttpRequest::post(QString request, QString data)
 {
-    logRequest("POST", request);
-    d->mReplies.append(d->mManager->post(d->requestTo(request), data.toUtf8()));
+    send("POST", request,
+         [&](auto& ioManager, const auto& inRequest) { return ioManager.post(inRequest, data.toUtf8()); });
 }
 
 void KyScriptHttpRequest::put(QString request, QString data)
 {
-    logRequest("PUT", request);
-    d->mReplies.append(d->mManager->put(d->requestTo(request), data.toUtf8()));
+    send("PUT", request,
+         [&](auto& ioManager, const auto& inRequest) { return ioManager.put(inRequest, data.toUtf8()); });
 }
 
 void KyScriptHttpRequest::del(QString request)
 {
-    logRequest("DELETE", request);
-    d->mReplies.append(d->mManager->deleteResource(d->requestTo(request)));
+    send("DELETE", request,
+         [](auto& ioManager, const auto& inRequest) { return ioManager.deleteResource(inRequest); });
 }
 
 void KyScriptHttpRequest::setHeader(QString headerName, QString headerValue)

@@ -25,8 +25,8 @@ public:
     ~KyScriptHttpRequest() override;
 
     /// Send a request to the URL \a request and return at once. A URL that can't be used, or reached, shows
-    /// up as an answer without a status. \a data goes as UTF-8; without a header `Content-Type` Qt calls it a
-    /// form.
+    /// up as an answer without a status; so does one for which the process has too few files left to open. \a
+    /// data goes as UTF-8; without a header `Content-Type` Qt calls it a form.
     Q_INVOKABLE void get(QString request);
     Q_INVOKABLE void post(QString request, QString data);
     Q_INVOKABLE void put(QString request, QString data);
@@ -59,7 +59,8 @@ public Q_SLOTS:
 private:
     class Private;
 
-    void logRequest(const char* inVerb, const QString& inUrl);
+    template <class Send>
+    void send(const char* inVerb, const QString& inUrl, Send inSend);
 
     const std::unique_ptr<Private> d;
 };

@@ -1,5 +1,6 @@
 #include "KyScriptWebSocket.h"
 
+#include "KyScriptOpenFiles.h"
 #include "KyScriptProxy.h"
 #include "KyScriptWait.h"
 
@@ -46,6 +47,10 @@ bool KyScriptWebSocket::open(QString url)
         return false;
     mReconnectBudget = mReconnectLimit;
     mURL = url;
+    if (!KyScriptOpenFiles::areLeft()) {
+        onWebSocketError(QAbstractSocket::SocketResourceError);
+        return false;
+    }
     return connect(new QWebSocket(QString(), QWebSocketProtocol::Version13));
 }
 

@@ -5,6 +5,7 @@
 #include <jxbase/JxMessageBox.h>
 #include <rnlib/RnLogFile.h>
 
+#include <QtCore/QTimer>
 #include <QtCore/QUuid>
 #include <QtNetwork/QSslCertificate>
 #include <QtNetwork/QSslConfiguration>
@@ -18,6 +19,9 @@ namespace {
 /// So many clients may be in the middle of their handshake. With TLS, Qt lets nobody in beyond that until one
 /// of them has finished or run out of time.
 constexpr int PendingClients = 1000;
+
+/// Qt lets nobody in any more once the process had no file left for a client.
+constexpr int AcceptAgainMSecs = 500;
 
 } // namespace
 
@@ -78,6 +82,12 @@ void KyScriptWebSocketServer::startServer()
                                    mServer->serverName().toLatin1().constData(), mServer->serverPort());
         connect(mServer, &QWebSocketServer::newConnection, this, &KyScriptWebSocketServer::onConnect);
         connect(mServer, &QWebSocketServer::closed, this, &KyScriptWebSocketServer::closed);
+        connect(mServer, &QWebSocketServer::acceptError, mServer, [server = mServer] {
+            QTimer::singleShot(AcceptAgainMSecs, server, [server] {
+                if (server->isListening())
+                    server->resumeAccepting();
+            });
+        });
         return;
     }
     delete mServer;
