@@ -20,7 +20,7 @@ install(DIRECTORY docs/scripting/types/kyscript DESTINATION ${CMAKE_INSTALL_DATA
   COMPONENT documentation)
 # As in the sources, so that the links between them hold.
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
-install(DIRECTORY examples/scripts examples/tools examples/typescript DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
+install(DIRECTORY examples/scripts examples/tools examples/report-form examples/typescript DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
   COMPONENT documentation)
 install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 

@@ -3,8 +3,8 @@
 // anyway.
 //
 //   --named-pipe=NAME     the pipe to connect to; of several the last one counts
-//   --log=FILE            what comes through the pipe goes to FILE, its arguments to FILE.args, its id to
-//   FILE.pid
+//   --log=FILE            (or KY_BROWSER_LOG in the environment) what comes through the pipe goes to FILE,
+//   its arguments to FILE.args, its id to FILE.pid
 //   --control=PATH        a socket from which it takes orders, and which it answers by "ok", a line each
 //   --exit=CODE           ends at once
 //   --hold=FILE           connects only when FILE has come into being
@@ -200,6 +200,8 @@ int main(int argc, char** argv)
 {
     alarm(LongestLife);
     const std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (const char* log = std::getenv("KY_BROWSER_LOG"))
+        sOptions["log"] = log;
     readOptions(arguments);
     tellOfStart(arguments);
     if (has("exit"))

@@ -4,6 +4,7 @@
 #include "KyScriptingMenu.h"
 #include "KyToolKeys.h"
 #include "KyTranslations.h"
+#include "KyWebViews.h"
 #include "KyWorkstationOptions.h"
 #include "KyWorkstationTools.h"
 #include "KyWorkstationViewers.h"
@@ -51,6 +52,7 @@ int runWindow(const KyWorkstationOptions& inOptions)
 {
     KyScriptingMenu::registerProperties();
     KyToolKeys::registerProperties();
+    const KyWebViews webViews(inOptions.host.profile);
     KyHostPlatform platform(inOptions.host);
     const QString badProperty = platform.applyProperties();
     if (!badProperty.isEmpty())
@@ -77,6 +79,7 @@ int runWindow(const KyWorkstationOptions& inOptions)
 
 int main(int argc, char** argv)
 {
+    KyWebViews::prepare(argv[0]);
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Ky"));
     QCoreApplication::setApplicationName(QStringLiteral("kyworkstation"));

@@ -53,12 +53,22 @@ QString dataFolder(const OvBrowserOptions& inOptions)
     return KyWebEngineProfile::folder(root, inOptions.userDataFolder);
 }
 
+/// The name that a script has given the browser, as windows of the application have it in their title.
+QString title(const OvBrowserOptions& inOptions)
+{
+    const QString prefix = QStringLiteral("ovbrowser-OrvaneBrowser.");
+    const QString name =
+        inOptions.userDataFolder.startsWith(prefix) ? inOptions.userDataFolder.mid(prefix.size()) : QString();
+    return name == QLatin1String("Default") ? QString() : name;
+}
+
 /// Commands that have come meanwhile wait in the pipe until the window is there.
 int serve(OvBrowserPipe& ioPipe, const OvBrowserOptions& inOptions)
 {
     QApplication::setQuitOnLastWindowClosed(false);
     Runtime runtime(dataFolder(inOptions));
     KyWebViewBrowser browser(nullptr, QString());
+    browser.setWindowTitle(title(inOptions));
     browser.setReceiver([&](const QString& message) { ioPipe.send(message); });
     QObject::connect(&ioPipe, &OvBrowserPipe::commandReceived, &browser, &KyWebViewBrowser::receiveCommand);
     QObject::connect(&ioPipe, &OvBrowserPipe::closed, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
@@ -106,7 +116,7 @@ int main(int argc, char** argv)
     QCoreApplication::setOrganizationName(QStringLiteral("Ky"));
     QCoreApplication::setApplicationName(QStringLiteral("ovbrowser"));
     QCoreApplication::setApplicationVersion(QStringLiteral(KY_VERSION));
-    QLoggingCategory::setFilterRules(QStringLiteral("js.info=false"));
+    QLoggingCategory::setFilterRules(QStringLiteral("js.info=false\nqt.webenginecontext*=false"));
     if (options.namedPipe.isEmpty())
         return show(options);
 

@@ -2,12 +2,22 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QUrl>
+#include <QtGui/QOpenGLContext>
+#include <QtQuick/QQuickWindow>
 #include <QtWebEngineCore/QWebEngineProfile>
 #include <QtWebEngineCore/QWebEngineSettings>
 
 #include <map>
 
 namespace {
+
+/// Where OpenGL can't be used, the engine has to be told to draw without it, or it ends the process.
+void prepareDrawing()
+{
+    const QOpenGLContext* shared = QOpenGLContext::globalShareContext();
+    if (!shared || !shared->isValid())
+        QQuickWindow::setSceneGraphBackend(QStringLiteral("software"));
+}
 
 /// The lock of \a inFolder; null when it cannot be had.
 std::unique_ptr<QLockFile> locked(const QString& inFolder)
@@ -27,6 +37,7 @@ std::shared_ptr<KyWebEngineProfile> KyWebEngineProfile::of(const QString& inFold
     std::weak_ptr<KyWebEngineProfile>& present = sProfiles[inFolder];
     std::shared_ptr<KyWebEngineProfile> profile = present.lock();
     if (!profile) {
+        prepareDrawing();
         profile.reset(new KyWebEngineProfile(inFolder));
         present = profile;
     }

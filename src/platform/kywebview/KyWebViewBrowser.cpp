@@ -85,6 +85,7 @@ bool KyWebViewBrowser::comeUp(const QString&)
     setVisible(true);
     raise();
     activateWindow();
+    mPage->view().setFocus();
     return true;
 }
 
