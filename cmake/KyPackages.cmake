@@ -9,6 +9,9 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL libraries development hosts documentation)
+if(TARGET ovbrowser)
+  list(APPEND CPACK_COMPONENTS_ALL web)
+endif()
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -35,10 +38,17 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 
 set(CPACK_DEBIAN_HOSTS_PACKAGE_NAME kyscript)
 set(CPACK_DEBIAN_HOSTS_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_HOSTS_PACKAGE_SUGGESTS kyscript-doc)
+set(CPACK_DEBIAN_HOSTS_PACKAGE_SUGGESTS "kyscript-doc, kyscript-web")
 set(CPACK_COMPONENT_HOSTS_DEPENDS libraries)
 set(CPACK_COMPONENT_HOSTS_DESCRIPTION
   "Scripts in a client workstation: programs\nThe command line runner kyrun and the workstation kyworkstation.")
+
+# Apart from the programs: Qt WebEngine is heavier than all of them.
+set(CPACK_DEBIAN_WEB_PACKAGE_NAME kyscript-web)
+set(CPACK_DEBIAN_WEB_PACKAGE_SHLIBDEPS ON)
+set(CPACK_COMPONENT_WEB_DEPENDS libraries)
+set(CPACK_COMPONENT_WEB_DESCRIPTION
+  "Scripts in a client workstation: web pages\nThe browser ovbrowser, and web pages in windows of kyworkstation.")
 
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_NAME kyscript-doc)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
