@@ -185,19 +185,23 @@ void KyImageViewerWidget::paintEvent(QPaintEvent*)
     drawFrame(painter);
 }
 
-void KyImageViewerWidget::drawTexts(QPainter& ioPainter) const
+void KyImageViewerWidget::drawTexts(QPainter& ioPainter)
 {
     const QRect room = rect().adjusted(Margin, Margin, -Margin, -Margin);
     const int slider = mWeight->isVisible() ? mWeight->height() : 0;
     const QRect aboveSlider = room.adjusted(0, 0, 0, -slider);
-    drawText(ioPainter, room, Qt::AlignLeft | Qt::AlignTop, joined(mTexts.upperLeft), TextColour);
-    drawText(ioPainter, room, Qt::AlignRight | Qt::AlignTop, joined(mTexts.upperRight), TextColour);
-    drawText(ioPainter, aboveSlider, Qt::AlignLeft | Qt::AlignBottom, joined(mTexts.lowerLeft), TextColour);
-    drawText(ioPainter, aboveSlider, Qt::AlignRight | Qt::AlignBottom, joined(mTexts.lowerRight), TextColour);
-    drawText(ioPainter, room, Qt::AlignLeft | Qt::AlignVCenter, mTexts.left, LetterColour);
-    drawText(ioPainter, room, Qt::AlignRight | Qt::AlignVCenter, mTexts.right, LetterColour);
-    drawText(ioPainter, room, Qt::AlignHCenter | Qt::AlignTop, mTexts.upper, LetterColour);
-    drawText(ioPainter, aboveSlider, Qt::AlignHCenter | Qt::AlignBottom, mTexts.lower, LetterColour);
+    auto image = mTextImages.begin();
+    const auto draw = [&](const QRect& inRoom, int inFlags, const QString& inText, const QColor& inColour) {
+        (image++)->draw(ioPainter, inRoom, inFlags, inText, inColour);
+    };
+    draw(room, Qt::AlignLeft | Qt::AlignTop, joined(mTexts.upperLeft), TextColour);
+    draw(room, Qt::AlignRight | Qt::AlignTop, joined(mTexts.upperRight), TextColour);
+    draw(aboveSlider, Qt::AlignLeft | Qt::AlignBottom, joined(mTexts.lowerLeft), TextColour);
+    draw(aboveSlider, Qt::AlignRight | Qt::AlignBottom, joined(mTexts.lowerRight), TextColour);
+    draw(room, Qt::AlignLeft | Qt::AlignVCenter, mTexts.left, LetterColour);
+    draw(room, Qt::AlignRight | Qt::AlignVCenter, mTexts.right, LetterColour);
+    draw(room, Qt::AlignHCenter | Qt::AlignTop, mTexts.upper, LetterColour);
+    draw(aboveSlider, Qt::AlignHCenter | Qt::AlignBottom, mTexts.lower, LetterColour);
 }
 
 void KyImageViewerWidget::drawMessages(QPainter& ioPainter) const

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "KyPlaneImage.h"
+#include "KyTextImage.h"
 
 #include <common/KyViewerTexts.h>
 
 #include <QtWidgets/QWidget>
 
+#include <array>
 #include <optional>
 
 class QSlider;
@@ -93,14 +95,15 @@ private:
     void zoomAround(const QPointF& inPlace, double inFactor);
     void dragWindow(const QPointF& inDistance);
     void dragPan(const QPointF& inDistance);
-    void drawTexts(QPainter& ioPainter) const;
+    void drawTexts(QPainter& ioPainter);
     void drawMessages(QPainter& ioPainter) const;
     void drawFrame(QPainter& ioPainter) const;
 
     RnHandle<KyImageViewer> mViewer; ///< Null once retired, which any change of the viewer may lead to.
     KyPlaneImage mPlane;
     KyViewerTexts mTexts;
-    QSlider* mWeight = nullptr; ///< Shown with a second layer.
+    std::array<KyTextImage, 8> mTextImages; ///< In the order in which they are drawn.
+    QSlider* mWeight = nullptr;             ///< Shown with a second layer.
     Drag mDrag;
     double mWheelRest = 0; ///< Of a notch, that touch pads turn in parts.
     bool mIsActive = false;

@@ -79,6 +79,11 @@ void OvPlaneRenderer::drawLine(const OvImageInfo& inImage, const OvPixels& inPix
         if constexpr (sizeof(Pixel) <= 2) {
             const std::uint32_t* table = mTable.data();
             const int first = mKey.first;
+            if (inLine.fromStep == 1 && inLine.toStep == 1) { // the lines of the images: by far the most
+                for (int i = 0; i < inLine.count; ++i)
+                    to[i] = table[from[i] - first];
+                return;
+            }
             for (int i = 0; i < inLine.count; ++i, to += inLine.toStep, from += inLine.fromStep)
                 *to = table[*from - first];
         } else {
