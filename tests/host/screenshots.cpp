@@ -54,10 +54,20 @@ QWidget* windowTitled(const QString& inTitle)
     return nullptr;
 }
 
-/// The frame of a window as it stands on the screen, with what lies over it.
-bool take(const QWidget& inWindow, const QString& inFile)
+/// The frame of a window as it stands on the screen, with what lies over it. A window that the manager has
+/// pushed over an edge is brought back.
+bool take(QWidget& inWindow, const QString& inFile)
 {
+    const QRect screen = inWindow.screen()->geometry();
+    for (int tries = 0; tries < 5 && !screen.contains(inWindow.frameGeometry()); ++tries) {
+        inWindow.move(screen.topLeft() + QPoint(10, 10));
+        settle();
+    }
     const QRect frame = inWindow.frameGeometry();
+    if (!screen.contains(frame)) {
+        std::fprintf(stderr, "%s is not wholly on the screen\n", qPrintable(inWindow.windowTitle()));
+        return false;
+    }
     const QPixmap picture =
         inWindow.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height());
     std::printf("%s %dx%d\n", qPrintable(inFile), picture.width(), picture.height());
@@ -90,6 +100,7 @@ bool takeMain(KyMainWindow& inWindow, const QDir& inFolder)
     inWindow.runScript(QStringLiteral("list_studies.js"));
     auto* list = inWindow.findChild<QTreeView*>("studyList");
     list->setCurrentIndex(list->model()->index(1, 0));
+    inWindow.findChild<QSplitter*>("centralArea")->setSizes({120, 420});
     settle();
     const bool isOk = take(inWindow, inFolder.filePath("workstation-script.png"));
     inWindow.findChild<QDockWidget*>("logDock")->raise();
@@ -120,8 +131,6 @@ bool takeViewers(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& 
     const auto layer = [&](std::size_t inStudy, std::size_t inSeries) {
         return KyViewerLayer{.study = studies.at(inStudy), .series = inSeries};
     };
-    inWindow.resize(1240, 840);
-    inWindow.move(10, 10);
     inWindow.findChild<QTreeView*>("studyList")
         ->expand(inWindow.findChild<QTreeView*>("studyList")->model()->index(0, 0));
     inWindow.findChild<QSplitter*>("centralArea")->setSizes({190, 560});
@@ -163,13 +172,17 @@ bool takeTools(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& in
 
 bool takeAll(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& inFolder)
 {
+    inWindow.resize(1240, 840);
+    inWindow.move(10, 10);
     settle();
-    bool isOk = takeMain(inWindow, inFolder);
+    ioViewers.setLayout("1x2");
+    ioViewers.fill(KyStudySession::primary());
+    bool isOk = QTest::qWaitFor([&] { return isRead(ioViewers); }, 30000) && takeMain(inWindow, inFolder);
 
     inWindow.findChild<QAction*>("console.")->trigger();
     settle();
     QWidget* console = windowTitled("Console[QJSEngine]");
-    console->move(inWindow.pos() + QPoint(230, 180));
+    console->move(inWindow.pos() + QPoint(24, 240));
     auto* input = console->findChild<QPlainTextEdit*>("w_InputText");
     input->setPlainText(sSource);
     input->moveCursor(QTextCursor::End);
@@ -193,6 +206,7 @@ bool takeAll(KyMainWindow& inWindow, KyViewerLayout& ioViewers, const QDir& inFo
     isOk = takeViewers(inWindow, ioViewers, inFolder) && isOk;
     isOk = takeTools(inWindow, ioViewers, inFolder) && isOk;
     useDarkColours();
+    ioViewers.setLayout("1x2");
     inWindow.findChild<QAction*>("console.")->trigger();
     settle();
     return take(inWindow, inFolder.filePath("workstation-dark.png")) && isOk;

@@ -36,7 +36,7 @@ constexpr const char* DocksState = "Docks";
 constexpr const char* CentralState = "CentralArea";
 constexpr const char* HeaderState = "StudyList";
 
-constexpr int PanelHeight = 220;
+constexpr int PanelHeight = 160;
 
 QString withoutMnemonic(QString inText)
 {

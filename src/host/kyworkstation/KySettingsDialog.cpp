@@ -27,5 +27,5 @@ KySettingsDialog::KySettingsDialog(QWidget* inParent)
     all->addWidget(search);
     all->addWidget(tree);
     all->addWidget(buttons);
-    KyGUISizeManager::makeWidgetGeometryPersistent(this, "Settings", QSize(560, 420), QPoint(60, 60));
+    KyGUISizeManager::makeWidgetGeometryPersistent(this, "Settings", QSize(560, 500), QPoint(60, 60));
 }
