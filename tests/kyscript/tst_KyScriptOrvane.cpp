@@ -103,7 +103,9 @@ public:
             all.insert(all.end(), {ui, nullptr});
         return all;
     }
+    std::set<std::string> hotKeyScope() const override { return scope; }
     QList<bool> flags;
+    std::set<std::string> scope{HotKeyInWindow};
 };
 
 /// Keeps what it is told, and answers with what it is to answer.
@@ -182,6 +184,8 @@ private slots:
     void unknownToolIsNull_data();
     void unknownToolIsNull();
     void toolIsAnActionOfTheEnginesOwn();
+    void actionHasTheHotKeyWhereTheToolSays_data();
+    void actionHasTheHotKeyWhereTheToolSays();
     void eachCallMakesAnotherAction();
     void actionOfAToolOutlivesItsTool();
     void actionCannotBeDestroyed();
@@ -348,6 +352,33 @@ void tst_KyScriptOrvane::toolIsAnActionOfTheEnginesOwn()
     QCOMPARE(action->parent(), mEngine.get());
     text("t.trigger(); t.trigger()");
     QCOMPARE(tool->flags, QList<bool>({true, true}));
+}
+
+void tst_KyScriptOrvane::actionHasTheHotKeyWhereTheToolSays_data()
+{
+    QTest::addColumn<QString>("scope");
+    QTest::addColumn<QString>("keys");
+    QTest::addColumn<int>("context");
+    QTest::newRow("window") << KyTool::HotKeyInWindow << "Ctrl+K" << int(Qt::WindowShortcut);
+    QTest::newRow("application") << KyTool::HotKeyInApplication << "Ctrl+K" << int(Qt::ApplicationShortcut);
+    QTest::newRow("nowhere") << ""
+                             << "" << int(Qt::WindowShortcut);
+}
+
+void tst_KyScriptOrvane::actionHasTheHotKeyWhereTheToolSays()
+{
+    QFETCH(QString, scope);
+    QFETCH(QString, keys);
+    QFETCH(int, context);
+    const auto tool = std::make_shared<TestTool>("key");
+    tool->setHotKey("Ctrl+K");
+    tool->scope.clear();
+    if (!scope.isEmpty())
+        tool->scope.insert(scope.toStdString());
+    text("var t = Orvane.tool('key')");
+    const auto* action = qobject_cast<QAction*>(mEngine->globalObject().property("t").toQObject());
+    QCOMPARE(action->shortcut().toString(QKeySequence::PortableText), keys);
+    QCOMPARE(int(action->shortcutContext()), context);
 }
 
 void tst_KyScriptOrvane::eachCallMakesAnotherAction()
@@ -876,8 +907,10 @@ void tst_KyScriptOrvane::operationsTakeAnything_data()
          {"tool(%1)", "setToolIcon(%1, %1)", "setToolText(%1, %1, %1)", "editor(%1)", "activateViewer(%1)",
           "viewer(%1)", "setDisplayHint(%1)", "exec(%1, %1)", "eval(%1, %1)"})
     {
-        for (const char* value : {"undefined", "null", "5", "true", "[]", "({})", "Orvane", "(function() {})",
-                                  "new Array(100000).join('x')"})
+        for (const char* value :
+             {"undefined", "null", "5", "true", "[]", "({})", "Orvane", "(function() {})",
+              "new Array(100000).join('x')", "Symbol()", "[Symbol()]", "({a: Symbol()})", "NaN", "1e300",
+              "({toString: function() { throw 1; }})", "new Proxy({}, {get: function() { throw 1; }})"})
             QTest::addRow("%s %s", operation, value) << QString(operation).arg(value);
     }
 }

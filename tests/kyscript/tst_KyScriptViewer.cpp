@@ -188,6 +188,8 @@ private slots:
     void viewerThatClosesDuringTheCallLivesToItsEnd();
     void viewerThatIsBeingMadeOrEndedIsNoViewer();
     void indexHasADefaultInScripts();
+    void operationsTakeAnything_data();
+    void operationsTakeAnything();
     void scriptsSeeUndefinedForInvalid();
     void wrapperSurvivesItsViewerInScripts();
     void isNoStudy();
@@ -635,6 +637,34 @@ void tst_KyScriptViewer::indexHasADefaultInScripts()
                   "v.sliceNumber(), v.sliceNumber(1), v.dims(), v.dims(0), v.getTag('DICOM.InstanceNumber'),"
                   "v.getTag('DICOM.InstanceNumber', 0), v.fusionWeight()].join(' ')"),
              "slice true 0 1 2 3 512,256,3 512,256,3 13 13 0.25");
+}
+
+void tst_KyScriptViewer::operationsTakeAnything_data()
+{
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QString>("seen");
+    for (const char* zero : {"NaN", "Infinity", "-Infinity", "-0", "null", "({})", "[]", "'x'", "0.9",
+                             "4294967296", "(function() {})", "viewer"})
+        QTest::newRow(zero) << zero << "string,object,true,number,number";
+    for (const char* other : {"1e9", "-1", "2147483647", "-2147483648", "[7]", "true"})
+        QTest::newRow(other) << other << "undefined,undefined,false,number,number";
+    // No integer of the language.
+    QTest::newRow("array with a symbol") << "[Symbol()]"
+                                         << "TypeError: Type error";
+}
+
+/// An index counts as the integer that the language makes of it; a name as its text.
+void tst_KyScriptViewer::operationsTakeAnything()
+{
+    QFETCH(QString, value);
+    KyScriptEngine engine(nullptr, -1);
+    wrapperIn(engine);
+    engine.globalObject().setProperty("viewer", engine.globalObject().property("v"));
+    const QString code = "var x = " + value +
+                         "; v.getTag(x); v.getTag(x, x);"
+                         "[typeof v.getTag('DICOM.PatientName', x), typeof v.dims(x),"
+                         " v.imageSetId(x) !== '', typeof v.orientation(x), typeof v.sliceNumber(x)].join()";
+    QTEST(eval(engine, code.toUtf8().constData()), "seen");
 }
 
 void tst_KyScriptViewer::scriptsSeeUndefinedForInvalid()
