@@ -34,13 +34,18 @@ bool write(const QString& inFile, const QString& inText)
            file.write(bytes) == bytes.size();
 }
 
-/// The files of that kind below a folder of the repository, relative to it; a folder may be missing.
+/// The files of that kind below a folder of the repository, relative to it, but for what compilers and
+/// package managers put there; a folder may be missing.
 QStringList filesBelow(const QString& inFolder, const QString& inPattern)
 {
     QStringList files;
     QDirIterator found(Repository.filePath(inFolder), {inPattern}, QDir::Files, QDirIterator::Subdirectories);
     while (found.hasNext())
         files.append(Repository.relativeFilePath(found.next()));
+    files.removeIf([](const QString& inFile) {
+        static const QRegularExpression made("/(node_modules|dist|out|build)/");
+        return inFile.contains(made);
+    });
     files.sort();
     return files;
 }
@@ -151,7 +156,7 @@ private:
 void tst_checkedScripts::initTestCase()
 {
     KY_NEEDS(Peers::hasNode("typescript"), "typescript for node");
-    for (const QString& file : filesBelow("examples/scripts", "*.js") + filesBelow("tests/scripts", "*.js"))
+    for (const QString& file : filesBelow("examples", "*.js") + filesBelow("tests/scripts", "*.js"))
         addScript(file, read(file));
     for (const QString& file : filesBelow("examples/tools", "*.xml"))
         addScript(file + ".js", scriptsOfTools(read(file)));

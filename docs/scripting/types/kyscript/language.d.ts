@@ -1,5 +1,12 @@
 // What the language of scripts has beside the library of ES2017.
 
+interface Error {
+    /** The script in which the error was made, as a URL (`"file:first.js"`). Neutral, for one without a file: empty. */
+    fileName: string;
+    /** The line in which the error was made, from 1. */
+    lineNumber: number;
+}
+
 interface JSON {
     /**
      * Reads bytes as UTF-8 and parses them, as in `JSON.parse(message)` with the body of an answer.
