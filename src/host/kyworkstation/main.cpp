@@ -19,7 +19,9 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QStatusBar>
 
+#include <algorithm>
 #include <cstdio>
+#include <optional>
 
 namespace {
 
@@ -75,23 +77,13 @@ int runWindow(const KyWorkstationOptions& inOptions)
     return QApplication::exec();
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+/// Reads the command line. Gives the exit status, or nothing when the program is to go on.
+std::optional<int> readOptions(KyWorkstationOptions& outOptions)
 {
-    KyWebViews::prepare(argv[0]);
-    QApplication application(argc, argv);
-    QCoreApplication::setOrganizationName(QStringLiteral("Ky"));
-    QCoreApplication::setApplicationName(QStringLiteral("kyworkstation"));
-    QGuiApplication::setDesktopFileName(QStringLiteral("kyworkstation"));
-    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/kyworkstation/icon.png")));
-
-    const KyTranslations translations;
-    KyWorkstationOptions options;
     QString text;
-    switch (options.parse(QCoreApplication::arguments(), text)) {
+    switch (outOptions.parse(QCoreApplication::arguments(), text)) {
     case KyWorkstationOptions::Outcome::Run:
-        break;
+        return std::nullopt;
     case KyWorkstationOptions::Outcome::Help:
     case KyWorkstationOptions::Outcome::Version:
         std::fputs(qPrintable(text), stdout);
@@ -99,7 +91,49 @@ int main(int argc, char** argv)
     case KyWorkstationOptions::Outcome::Bad:
         return fail(text);
     }
-    text = openLog(options.logFile);
+    return BadInput;
+}
+
+/// Whether the command line asks something that is answered without windows, and so without a display.
+bool isQuestion(int argc, char** argv)
+{
+    return std::any_of(argv + 1, argv + argc, [](const char* argument) {
+        const QByteArrayView text(argument);
+        return text == "-h" || text == "--help" || text == "-v" || text == "--version";
+    });
+}
+
+void nameApplication()
+{
+    QCoreApplication::setOrganizationName(QStringLiteral("Ky"));
+    QCoreApplication::setApplicationName(QStringLiteral("kyworkstation"));
+}
+
+int answer(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    nameApplication();
+    const KyTranslations translations;
+    KyWorkstationOptions options;
+    return readOptions(options).value_or(BadInput);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (isQuestion(argc, argv))
+        return answer(argc, argv);
+    QApplication application(argc, argv);
+    nameApplication();
+    QGuiApplication::setDesktopFileName(QStringLiteral("kyworkstation"));
+    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/kyworkstation/icon.png")));
+
+    const KyTranslations translations;
+    KyWorkstationOptions options;
+    if (const auto status = readOptions(options))
+        return *status;
+    const QString text = openLog(options.logFile);
     if (!text.isEmpty())
         return fail(text);
     const KyMessageLog messages;
