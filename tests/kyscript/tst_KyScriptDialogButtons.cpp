@@ -108,6 +108,10 @@ private slots:
     void handlerDropsTheDialog();
     void handlerDestroysTheDialog_data();
     void handlerDestroysTheDialog();
+    void handlerOfAnySignalDestroysTheDialog_data();
+    void handlerOfAnySignalDestroysTheDialog();
+    void argumentDestroysTheDialog_data();
+    void argumentDestroysTheDialog();
     void dialogIsDeletedInAHandler_data();
     void dialogIsDeletedInAHandler();
     void cleanupWaitsForTheHandler();
@@ -939,6 +943,76 @@ void tst_KyScriptDialogButtons::handlerDestroysTheDialog()
         flushDeletions();
         QTRY_VERIFY(!dialog);
     }
+}
+
+void tst_KyScriptDialogButtons::handlerOfAnySignalDestroysTheDialog_data()
+{
+    QTest::addColumn<QString>("signal");
+    QTest::addColumn<QString>("call");
+    QTest::newRow("accepted") << "accepted"
+                              << "accept()";
+    QTest::newRow("rejected") << "rejected"
+                              << "reject()";
+    QTest::newRow("rejected, closed") << "rejected"
+                                      << "close()";
+    QTest::newRow("finished") << "finished"
+                              << "done(5)";
+    QTest::newRow("title") << "windowTitleChanged"
+                           << "setTitle('new')";
+}
+
+/// Qt's dialog does not survive it by itself that a handler of `accepted` waits until the dialog is gone.
+void tst_KyScriptDialogButtons::handlerOfAnySignalDestroysTheDialog()
+{
+    QFETCH(QString, signal);
+    QFETCH(QString, call);
+    for (const bool isShown : {true, false}) {
+        // What is not on show can't be closed.
+        if (!isShown && call == "close()")
+            continue;
+        s->make("{ buttons: ['a', 'b'] }");
+        if (isShown)
+            s->show();
+        QPointer<KyScriptDialog> dialog(&s->dialog());
+        s->run("var handled = 0; d." + signal +
+               ".connect(function() { d.destroy(); Message.show('wait'); ++handled; })");
+        const ModalAnswer answer([&](QWidget* box) {
+            s->run("d.destroy()");
+            QTest::qWait(10);
+            QVERIFY(dialog);
+            ModalAnswer::clicking("OK")(box);
+        });
+        s->run("d." + call);
+        QCOMPARE(s->run("handled"), QStringLiteral("1"));
+        flushDeletions();
+        QVERIFY(!dialog);
+    }
+}
+
+void tst_KyScriptDialogButtons::argumentDestroysTheDialog_data()
+{
+    QTest::addColumn<QString>("call");
+    for (const char* call :
+         {"setButtons(a)", "setButtons([{ text: 'x', menuItems: a }])", "setButtonToolTips(a)",
+          "setButtonEnabled(a, true)", "setButtonsEnabled(a, true)"})
+        QTest::newRow(call) << call;
+}
+
+/// The getter of an element waits until the dialog is gone.
+void tst_KyScriptDialogButtons::argumentDestroysTheDialog()
+{
+    QFETCH(QString, call);
+    s->make("{ buttons: ['a', 'b'] }");
+    QPointer<KyScriptDialog> dialog(&s->dialog());
+    s->run("var a = Object.defineProperty(['x', 'y'], 0, { get: function() {"
+           "  d.destroy(); Message.show('wait'); return 'x'; } })");
+    const ModalAnswer answer([&](QWidget* box) {
+        delete dialog;
+        ModalAnswer::clicking("OK")(box);
+    });
+    s->run("d." + call);
+    QVERIFY(answer.happened());
+    QVERIFY(!dialog);
 }
 
 void tst_KyScriptDialogButtons::dialogIsDeletedInAHandler_data()

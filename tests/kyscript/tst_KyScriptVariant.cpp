@@ -16,10 +16,12 @@ public:
     {
         raw = inValue;
         taken = KyScriptVariant::normalised(inValue, *this);
+        cut = KyScriptVariant::cut(inValue, this);
     }
 
     QVariant raw;
     QVariant taken;
+    QVariant cut;
 };
 
 class tst_KyScriptVariant : public QObject
@@ -46,8 +48,28 @@ private slots:
     void valuesOfAnotherEngineDoNoHarm();
     void hostThatNoEngineKnowsIsHarmless();
     void textIsNoList();
+    void listsAreReadOnlyOfLists();
+
+    // What counts as far as it can be read
+    void descriptionsHaveTheSameForm_data();
+    void descriptionsHaveTheSameForm();
+    void whatHasNoFormIsInvalidInDescriptions_data();
+    void whatHasNoFormIsInvalidInDescriptions();
+    void keysWithoutAValueStay();
+    void inheritedPropertiesAreLeftOut();
+    void circlesAreCut();
+    void deepDescriptionsAreCut();
+    void longArraysAreCut();
+    void manyValuesAreCut();
+    void descriptionsOfNoHostAreRead();
+    void errorsInDescriptionsEndHere();
 
 private:
+    QVariant cut(const QString& inSource)
+    {
+        taken(inSource);
+        return mHost->cut;
+    }
     QVariant taken(const QString& inSource)
     {
         mHost->taken = QVariant("nothing");
@@ -69,7 +91,7 @@ void tst_KyScriptVariant::init()
 
 void tst_KyScriptVariant::cleanup()
 {
-    mHost->taken = mHost->raw = QVariant();
+    mHost->taken = mHost->raw = mHost->cut = QVariant();
     mEngine.reset();
     mHost.reset();
 }
@@ -238,7 +260,7 @@ void tst_KyScriptVariant::valuesOfAnotherEngineDoNoHarm()
     QCOMPARE(mHost->taken, QVariant(QVariantList({"a", QVariantMap({{"b", 2}})})));
     other.evaluate("host.take([{get a() { throw new Error('x'); }}])");
     QVERIFY(!mEngine->hasError());
-    mHost->taken = mHost->raw = QVariant();
+    mHost->taken = mHost->raw = mHost->cut = QVariant();
 }
 
 void tst_KyScriptVariant::hostThatNoEngineKnowsIsHarmless()
@@ -256,6 +278,109 @@ void tst_KyScriptVariant::textIsNoList()
     QVERIFY(!KyScriptVariant::isList("abc"));
     QVERIFY(!KyScriptVariant::isList(QVariantMap()));
     QVERIFY(!KyScriptVariant::isList(QVariant()));
+}
+
+void tst_KyScriptVariant::listsAreReadOnlyOfLists()
+{
+    QCOMPARE(KyScriptVariant::listOf(QVariantList{1, 2}), QVariantList({1, 2}));
+    QCOMPARE(KyScriptVariant::listOf(QStringList{"a"}), QVariantList({"a"}));
+    QCOMPARE(KyScriptVariant::listOf("abc"), QVariantList());
+    QCOMPARE(KyScriptVariant::listOf(QVariantMap({{"length", 2}})), QVariantList());
+    QCOMPARE(KyScriptVariant::listOf(QVariant()), QVariantList());
+}
+
+void tst_KyScriptVariant::descriptionsHaveTheSameForm_data()
+{
+    valuesHaveTheirForm_data();
+}
+
+void tst_KyScriptVariant::descriptionsHaveTheSameForm()
+{
+    QFETCH(QString, source);
+    QFETCH(QVariant, value);
+    const QVariant found = cut(source);
+    QCOMPARE(found.metaType(), value.metaType());
+    QCOMPARE(found, value);
+    QVERIFY(!mEngine->hasError());
+}
+
+void tst_KyScriptVariant::whatHasNoFormIsInvalidInDescriptions_data()
+{
+    whatHasNoFormStays_data();
+}
+
+void tst_KyScriptVariant::whatHasNoFormIsInvalidInDescriptions()
+{
+    QFETCH(QString, source);
+    QVERIFY(!cut(source).isValid());
+    QCOMPARE(cut("[" + source + ", 1]"), QVariant(QVariantList({QVariant(), 1})));
+}
+
+void tst_KyScriptVariant::keysWithoutAValueStay()
+{
+    QCOMPARE(cut("({ a: undefined, b: Symbol('x') })").toMap().keys(), QStringList({"a", "b"}));
+}
+
+void tst_KyScriptVariant::inheritedPropertiesAreLeftOut()
+{
+    QCOMPARE(cut("Object.create({ a: 1 })"), QVariant(QVariantMap()));
+    QCOMPARE(taken("Object.create({ a: 1 })"), QVariant(QVariantMap()));
+}
+
+void tst_KyScriptVariant::circlesAreCut()
+{
+    const QVariantMap data = cut("(function() { var o = { x: 1 }; o.o = o; return o; })()").toMap();
+    QCOMPARE(data.value("x"), QVariant(1));
+    QCOMPARE(data.value("o").toMap().value("x"), QVariant(1));
+}
+
+void tst_KyScriptVariant::deepDescriptionsAreCut()
+{
+    QVariant data =
+        cut("(function() { var a = 'x'; for (var i = 0; i < 30000; ++i) a = [a, i]; return a; })()");
+    int depth = 0;
+    for (; data.typeId() == QMetaType::QVariantList; ++depth) {
+        QCOMPARE(data.toList().value(1), QVariant(29999 - depth));
+        data = data.toList().value(0);
+    }
+    QCOMPARE(depth, KyScriptVariant::CutDepth);
+    QVERIFY(!data.isValid());
+}
+
+void tst_KyScriptVariant::longArraysAreCut()
+{
+    QCOMPARE(cut("new Array(4294967295)").toList().size(), KyScriptVariant::CutValues - 1);
+}
+
+void tst_KyScriptVariant::manyValuesAreCut()
+{
+    const QVariantList data = cut("(function() { var a = [1, 2, 3]; for (var i = 0; i < 6; ++i) {"
+                                  "  var b = []; for (var k = 0; k < 100; ++k) b.push(a); a = b; }"
+                                  "  return a; })()")
+                                  .toList();
+    QVERIFY(!data.isEmpty() && data.size() < 100);
+    QCOMPARE(cut("(function() { var o = {}; for (var i = 0; i < 100000; ++i) o['k' + i] = i; return o; })()")
+                 .toMap()
+                 .size(),
+             KyScriptVariant::CutValues - 1);
+}
+
+/// As in constructors, where no engine is known yet.
+void tst_KyScriptVariant::descriptionsOfNoHostAreRead()
+{
+    const QJSValue value = mEngine->evaluate("({ a: [0.5 * 4], b: Symbol('x') })");
+    QCOMPARE(KyScriptVariant::cut(value), QVariant(QVariantMap({{"a", QVariantList({2})}, {"b", {}}})));
+}
+
+void tst_KyScriptVariant::errorsInDescriptionsEndHere()
+{
+    QCOMPARE(cut("({ get a() { throw new Error('x'); }, b: 1 })"),
+             QVariant(QVariantMap({{"a", QVariant()}, {"b", 1}})));
+    taken("new Proxy({ a: 1 }, { get: function() { throw new Error('x'); } })");
+    QVERIFY(!mEngine->hasError());
+    taken("new Proxy({}, { ownKeys: function() { throw new Error('x'); } })");
+    QVERIFY(!mEngine->hasError());
+    QCOMPARE(mEngine->evaluate("1 + 1").toInt(), 2);
 }
 
 KY_TEST_MAIN(tst_KyScriptVariant)

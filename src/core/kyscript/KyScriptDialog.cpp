@@ -1,42 +1,35 @@
 #include "KyScriptDialog.h"
 
 #include "KyScriptDialogButtons.h"
+#include "KyScriptDialogPrivate.h"
 #include "KyScriptEngine.h"
 #include "KyScriptKeeper.h"
+#include "KyScriptLiveDialogs.h"
 #include "KyScriptLog.h"
-#include "KyScriptPlainData.h"
+#include "KyScriptVariant.h"
 
 #include <jxbase/JxAnimatedProgressIcon.h>
 #include <kybase/KyGUISizeManager.h>
 #include <kybase/KyMonitorManager.h>
 #include <kybase/KyNotifiable.h>
-#include <rnlib/RnContract.h>
 
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTimer>
 #include <QtCore/QUrl>
-#include <QtGui/QAction>
-#include <QtGui/QGuiApplication>
 #include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
 #include <QtGui/QScreen>
-#include <QtGui/QTextDocumentFragment>
-#include <QtQml/QJSValue>
 #include <QtWidgets/QAccessibleWidget>
 #include <QtWidgets/QBoxLayout>
 #include <QtWidgets/QButtonGroup>
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
-#include <QtWidgets/QMenu>
-#include <QtWidgets/QPushButton>
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QStyle>
-#include <QtWidgets/QTextBrowser>
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 namespace {
 
@@ -45,18 +38,6 @@ constexpr const char* DefaultButton = "OK";
 
 /// How much taller than a line of its text the icon of the indicator is.
 constexpr int IconSurplus = 6;
-
-QString plainText(const QString& inText)
-{
-    return Qt::mightBeRichText(inText) ? QTextDocumentFragment::fromHtml(inText).toPlainText() : inText;
-}
-
-QString firstFilled(const QStringList& inTexts)
-{
-    const auto found =
-        std::find_if(inTexts.begin(), inTexts.end(), [](const QString& t) { return !t.isEmpty(); });
-    return found == inTexts.end() ? QString() : *found;
-}
 
 bool isType(const QString& inType, const char* inLiteral)
 {
@@ -97,66 +78,64 @@ protected:
 
 } // namespace
 
-/// Shows that something is under way, or how it ended: an animated icon and a text.
-class StatusIndicator final : public QWidget
+StatusIndicator::StatusIndicator(QWidget* inParent)
+    : QWidget(inParent)
+    , mFront(new StatusLabel(this))
+    , mBack(new StatusLabel(this))
 {
-public:
-    explicit StatusIndicator(QWidget* inParent)
-        : QWidget(inParent)
-        , mFront(new StatusLabel(this))
-        , mBack(new StatusLabel(this))
-    {
-        mFront->setObjectName(QStringLiteral("statusFront"));
-        mBack->setObjectName(QStringLiteral("statusBack"));
-        // A long text must not make the window wider each time that it changes.
-        mBack->setMinimumWidth(1);
-        auto* layout = new QHBoxLayout(this);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->addWidget(mFront);
-        layout->addWidget(mBack);
+    mFront->setObjectName(QStringLiteral("statusFront"));
+    mBack->setObjectName(QStringLiteral("statusBack"));
+    // A long text must not make the window wider each time that it changes.
+    mBack->setMinimumWidth(1);
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(mFront);
+    layout->addWidget(mBack);
+    hide();
+}
+
+StatusIndicator::~StatusIndicator()
+{
+    stop(QString());
+}
+
+void StatusIndicator::start(const QString& inStatus)
+{
+    mFront->setMinimumWidth(0);
+    show();
+    JxAnimatedProgressIcon::setIconTo(
+        this, [this](const QIcon& icon) { showIcon(icon); }, false);
+    mBack->setText(inStatus);
+    tell(inStatus);
+}
+
+void StatusIndicator::stop(const QString& inStatus)
+{
+    JxAnimatedProgressIcon::removeIconFrom(this, true);
+    mFront->setMinimumWidth(1);
+    mFront->setText(inStatus);
+    mBack->clear();
+    tell(inStatus);
+    if (inStatus.isEmpty())
         hide();
-    }
-    ~StatusIndicator() override { stop(QString()); }
+}
 
-    void start(const QString& inStatus)
-    {
-        mFront->setMinimumWidth(0);
-        show();
-        JxAnimatedProgressIcon::setIconTo(
-            this, [this](const QIcon& icon) { showIcon(icon); }, false);
-        mBack->setText(inStatus);
-        tell(inStatus);
-    }
+bool StatusIndicator::isBusy() const
+{
+    return !mFront->pixmap(Qt::ReturnByValue).isNull();
+}
 
-    void stop(const QString& inStatus)
-    {
-        JxAnimatedProgressIcon::removeIconFrom(this, true);
-        mFront->setMinimumWidth(1);
-        mFront->setText(inStatus);
-        mBack->clear();
-        tell(inStatus);
-        if (inStatus.isEmpty())
-            hide();
-    }
+void StatusIndicator::showIcon(const QIcon& inIcon)
+{
+    const int extent = QFontMetrics(font()).height() + IconSurplus;
+    mFront->setPixmap(inIcon.pixmap(extent, QIcon::Normal, QIcon::Off));
+}
 
-    bool isBusy() const { return !mFront->pixmap(Qt::ReturnByValue).isNull(); }
-
-private:
-    void showIcon(const QIcon& inIcon)
-    {
-        const int extent = QFontMetrics(font()).height() + IconSurplus;
-        mFront->setPixmap(inIcon.pixmap(extent, QIcon::Normal, QIcon::Off));
-    }
-
-    void tell(const QString& inStatus)
-    {
-        setAccessibleName(plainText(inStatus));
-        setToolTip(inStatus);
-    }
-
-    QLabel* const mFront;
-    QLabel* const mBack;
-};
+void StatusIndicator::tell(const QString& inStatus)
+{
+    setAccessibleName(KyScriptDialog::plainText(inStatus));
+    setToolTip(inStatus);
+}
 
 namespace {
 
@@ -185,62 +164,7 @@ public:
     }
 };
 
-/// All dialogs. None must outlive the application's windows, as engines can do.
-class LiveDialogs
-{
-public:
-    static void enter(QObject* inDialog)
-    {
-        static QPointer<QCoreApplication> application;
-        if (application != QCoreApplication::instance())
-            qAddPostRoutine(&LiveDialogs::end);
-        application = QCoreApplication::instance();
-        all().push_back(inDialog);
-    }
-    static void leave(QObject* inDialog) { std::erase(all(), inDialog); }
-
-private:
-    static std::vector<QObject*>& all()
-    {
-        static auto* const dialogs = new std::vector<QObject*>;
-        return *dialogs;
-    }
-    static void end()
-    {
-        while (!all().empty())
-            delete all().back();
-    }
-};
-
 } // namespace
-
-struct KyScriptDialog::Private
-{
-    explicit Private(KyScriptDialog* inDialog);
-
-    QTextEdit* field() const { return useTextBrowser ? textBrowser : edit; }
-    void scroll(bool inToBottom) const;
-
-    QLabel* const label;
-    QTextEdit* const edit;
-    QLineEdit* const lineEdit;
-    QTextBrowser* const textBrowser;
-    QButtonGroup* const group;
-    QDialogButtonBox* const box;
-    StatusIndicator* const indicator;
-    bool useTextBrowser = false;
-    bool manuallyCloseDialog = false;
-    bool editable = false;
-    QString context;
-    bool autoClose = false;
-    int result = 0;
-    int clickedButton = NoButton;
-    int buttonMenuItem = -1;
-
-    KyScriptDialogButtons* const buttons;
-    KyScriptKeeper* const keeper;
-    bool isToScroll = false; ///< To the bottom, once the dialog is on show.
-};
 
 KyScriptDialog::Private::Private(KyScriptDialog* inDialog)
     : label(new QLabel(inDialog))
@@ -283,7 +207,7 @@ KyScriptDialog::KyScriptDialog(QVariantMap config)
     setWindowFlags(windowFlags() | Qt::Tool);
     build();
     readConfig(config);
-    LiveDialogs::enter(this);
+    KyScriptLiveDialogs::enter(this);
 }
 
 KyScriptDialog::KyScriptDialog()
@@ -291,12 +215,12 @@ KyScriptDialog::KyScriptDialog()
 {}
 
 KyScriptDialog::KyScriptDialog(const QJSValue& config)
-    : KyScriptDialog(KyScriptPlainData::mapOf(config))
+    : KyScriptDialog(KyScriptVariant::cut(config).toMap())
 {}
 
 KyScriptDialog::~KyScriptDialog()
 {
-    LiveDialogs::leave(this);
+    KyScriptLiveDialogs::leave(this);
     log(QStringLiteral("Destroyed"));
 }
 
@@ -336,8 +260,8 @@ void KyScriptDialog::build()
 
 void KyScriptDialog::readConfig(const QVariantMap& inConfig)
 {
-    const QVariantList buttons = KyScriptPlainData::listOf(inConfig.value(QStringLiteral("buttons")));
-    const QVariantList size = KyScriptPlainData::listOf(inConfig.value(QStringLiteral("initialSize")));
+    const QVariantList buttons = KyScriptVariant::listOf(inConfig.value(QStringLiteral("buttons")));
+    const QVariantList size = KyScriptVariant::listOf(inConfig.value(QStringLiteral("initialSize")));
     const bool hasField = inConfig.contains(QStringLiteral("fieldText"));
     d->useTextBrowser = inConfig.value(QStringLiteral("useTextBrowser")).toBool();
     d->autoClose = inConfig.value(QStringLiteral("autoClose")).toBool();
@@ -383,97 +307,6 @@ void KyScriptDialog::show()
     QTimer::singleShot(0, this, &KyScriptDialog::appear);
 }
 
-/// What show() has put off.
-void KyScriptDialog::appear()
-{
-    if (!isVisible())
-        chooseFocus();
-    makeRoom();
-    QWidget::show();
-    // Window managers leave the keyboard with the main window, and some let nobody reach a tool window by
-    // keys.
-    if (QGuiApplication::applicationState() == Qt::ApplicationActive)
-        activateWindow();
-    if (std::exchange(d->isToScroll, false))
-        d->scroll(true);
-}
-
-/// The keyboard starts where the user has something to do.
-void KyScriptDialog::chooseFocus()
-{
-    const auto isUsable = [this](const QWidget* widget) {
-        return widget->isVisibleTo(this) && widget->isEnabledTo(this);
-    };
-    if (isUsable(d->lineEdit))
-        return d->lineEdit->setFocus();
-    if (isUsable(d->field()))
-        return d->field()->setFocus();
-    const auto buttons = d->group->buttons();
-    const auto first = std::find_if(buttons.begin(), buttons.end(), isUsable);
-    if (first != buttons.end())
-        (*first)->setFocus();
-}
-
-/// What the window system adds around the dialog; the style's guess as long as it is not on show.
-QSize KyScriptDialog::borderSize() const
-{
-    if (isVisible())
-        return frameGeometry().size() - size();
-    const int frame = style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
-    return QSize(2 * frame, 2 * frame + style()->pixelMetric(QStyle::PM_TitleBarHeight));
-}
-
-/// Makes the dialog large enough for its message, as far as the screen goes: the size that was kept may be
-/// that of a dialog with less to say.
-void KyScriptDialog::makeRoom()
-{
-    if (isMaximized() || isFullScreen())
-        return;
-    ensurePolished();
-    if (!testAttribute(Qt::WA_Resized))
-        adjustSize();
-    const auto heightFor = [this](int width) { return layout()->totalMinimumHeightForWidth(width); };
-    if (heightFor(width()) <= height())
-        return;
-    const QRect area = screen()->availableGeometry();
-    const QSize most = area.size() - borderSize();
-    int newWidth = std::clamp(sizeHint().width(), width(), std::max(width(), most.width()));
-    if (heightFor(newWidth) > most.height())
-        newWidth = most.width();
-    resize(newWidth, std::clamp(heightFor(newWidth), height(), std::max(height(), most.height())));
-
-    comeInside(area);
-}
-
-/// Widens the dialog for a status that has too little room, in steps and up to half of the screen: it changes
-/// often, and the window must not follow each letter.
-void KyScriptDialog::makeStatusRoom()
-{
-    constexpr int step = 40;
-    if (!isVisible() || isMaximized() || isFullScreen())
-        return;
-    d->indicator->layout()->activate();
-    layout()->activate();
-    if (d->indicator->width() >= d->indicator->sizeHint().width())
-        return;
-    const QLayoutItem* row = layout()->itemAt(layout()->count() - 1);
-    const QRect area = screen()->availableGeometry();
-    const int newWidth =
-        std::min(width() + row->sizeHint().width() - row->geometry().width() + step, area.width() / 2);
-    if (newWidth <= width())
-        return;
-    resize(newWidth, height());
-    comeInside(area);
-}
-
-/// Moves the dialog to the left and up as far as it stands out of the screen.
-void KyScriptDialog::comeInside(const QRect& inArea)
-{
-    const QPoint outside = frameGeometry().bottomRight() - inArea.bottomRight();
-    if (outside.x() > 0 || outside.y() > 0)
-        move(pos() - QPoint(std::max(outside.x(), 0), std::max(outside.y(), 0)));
-}
-
 void KyScriptDialog::setStatus(bool busy, QString status)
 {
     busy ? d->indicator->start(status) : d->indicator->stop(status);
@@ -482,6 +315,7 @@ void KyScriptDialog::setStatus(bool busy, QString status)
 
 void KyScriptDialog::setTitle(QString title)
 {
+    const KyScriptKeeper::Scope scope(d->keeper);
     setWindowTitle(title);
     nameParts();
 }
@@ -504,18 +338,6 @@ void KyScriptDialog::setMessage(QString message)
     nameParts();
     if (isVisible())
         makeRoom();
-}
-
-/// Gives screen readers a name for everything that has none of its own.
-void KyScriptDialog::nameParts()
-{
-    const QString message = plainText(d->label->text()), title = windowTitle();
-    setAccessibleName(title.isEmpty() ? firstFilled({message, QGuiApplication::applicationDisplayName()})
-                                      : QString());
-    setAccessibleDescription(title.isEmpty() ? QString() : message);
-    d->edit->setAccessibleName(firstFilled({title, message, tr("Text")}));
-    d->textBrowser->setAccessibleName(d->edit->accessibleName());
-    d->lineEdit->setAccessibleName(firstFilled({message, title, tr("Input")}));
 }
 
 void KyScriptDialog::setFieldText(QString fieldText, QString type)
@@ -580,110 +402,6 @@ void KyScriptDialog::scrollToTop()
 {
     d->isToScroll = false;
     d->scroll(false);
-}
-
-void KyScriptDialog::setButtons(QVariantList buttons)
-{
-    const bool hadFocus = focusWidget() && d->box->isAncestorOf(focusWidget());
-    d->buttons->set(buttons);
-    if (hadFocus)
-        chooseFocus();
-}
-
-void KyScriptDialog::setButtons(const QJSValue& buttons)
-{
-    setButtons(KyScriptPlainData::listOf(buttons));
-}
-
-void KyScriptDialog::setButtonToolTips(const QJSValue& buttonToolTips)
-{
-    setButtonToolTips(KyScriptPlainData::of(buttonToolTips).toStringList());
-}
-
-void KyScriptDialog::setButtonToolTips(QStringList buttonToolTips)
-{
-    d->buttons->setToolTips(buttonToolTips);
-}
-
-void KyScriptDialog::setButtonEnabled(QVariant index, bool enabled)
-{
-    d->buttons->setEnabled(index, enabled);
-}
-
-void KyScriptDialog::setButtonsEnabled(QVariant indices, bool enabled)
-{
-    d->buttons->setAllEnabled(indices, enabled);
-}
-
-int KyScriptDialog::result()
-{
-    return d->result;
-}
-
-int KyScriptDialog::clickedButton()
-{
-    return d->clickedButton;
-}
-
-int KyScriptDialog::clickedButtonMenuItem()
-{
-    return d->buttonMenuItem;
-}
-
-int KyScriptDialog::autoClosed()
-{
-    return d->autoClose && d->clickedButton == AutoClosed ? 1 : 0;
-}
-
-/// A user action. In the normal mode the dialog closes, which leads to finish().
-void KyScriptDialog::answer(int inButton, int inMenuItem, const QString& inLogText)
-{
-    const KyScriptKeeper::Scope scope(d->keeper);
-    d->clickedButton = inButton;
-    d->buttonMenuItem = inMenuItem;
-    if (!d->manuallyCloseDialog)
-        return inButton == 0 ? accept() : reject();
-
-    log(inLogText);
-    const QPointer<KyScriptDialog> self(this);
-    Q_EMIT processed();
-    if (!self)
-        return;
-    d->result = 0;
-    d->clickedButton = NoButton;
-    d->buttonMenuItem = -1;
-}
-
-void KyScriptDialog::finish(int inResult)
-{
-    const KyScriptKeeper::Scope scope(d->keeper);
-    d->result = inResult;
-    log(finishText());
-    Q_EMIT processed();
-}
-
-QString KyScriptDialog::finishText() const
-{
-    if (d->clickedButton == AutoClosed)
-        return QStringLiteral("Rejected due to auto-close");
-    if (d->clickedButton == EnterPressed)
-        return QStringLiteral("Rejected because the user pressed enter in the line edit");
-    if (d->clickedButton < 0)
-        return QStringLiteral("Rejected without button click");
-
-    const auto* pushButton = d->buttons->button(d->clickedButton);
-    if (!dbc_holds(pushButton))
-        return QString();
-    const QString text =
-        QStringLiteral("%1 with \"%2\"")
-            .arg(d->clickedButton == 0 ? QStringLiteral("Accepted") : QStringLiteral("Rejected"),
-                 pushButton->text());
-    if (d->buttonMenuItem < 0)
-        return text;
-    const QMenu* menu = pushButton->menu();
-    if (!dbc_holds(menu) || !dbc_holds(d->buttonMenuItem < menu->actions().size()))
-        return text;
-    return text + QStringLiteral(" -> \"%1\"").arg(menu->actions().at(d->buttonMenuItem)->text());
 }
 
 void KyScriptDialog::log(const QString& inText) const

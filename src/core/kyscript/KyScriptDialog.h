@@ -92,6 +92,9 @@ public:
     /// 1 when the dialog was closed by an event of the application, else 0.
     Q_INVOKABLE int autoClosed();
 
+    /// What its handlers do must not end the dialog before it has told of the answer.
+    void done(int result) override;
+
 Q_SIGNALS:
     /// The user has answered. In the normal mode the dialog is closed by then, and the answer can be read
     /// until the next show(); in the manual mode only while this is being handled.
@@ -110,6 +113,9 @@ protected:
 
 private:
     struct Private;
+    friend class StatusIndicator;
+
+    static QString plainText(const QString& inText);
 
     void build();
     void readConfig(const QVariantMap& inConfig);

@@ -1,6 +1,6 @@
 #include "KyScriptDialogButtons.h"
 
-#include "KyScriptPlainData.h"
+#include "KyScriptVariant.h"
 
 #include <rnlib/RnContract.h>
 
@@ -64,7 +64,7 @@ void KyScriptDialogButtons::add(const QVariant& inDescription, int inIndex)
     const QString toolTip = map.value(QStringLiteral("toolTip")).toString();
     if (!toolTip.isEmpty())
         button->setToolTip(toolTip);
-    const QVariantList items = KyScriptPlainData::listOf(map.value(QStringLiteral("menuItems")));
+    const QVariantList items = KyScriptVariant::listOf(map.value(QStringLiteral("menuItems")));
     if (!items.isEmpty())
         button->setMenu(makeMenu(text, items, inIndex));
     button->setDefault(false);
@@ -101,11 +101,10 @@ void KyScriptDialogButtons::setToolTips(const QStringList& inToolTips)
 
 void KyScriptDialogButtons::setEnabled(const QVariant& inIndex, bool inEnabled)
 {
-    const QVariant index = KyScriptPlainData::of(inIndex);
-    if (index.typeId() == QMetaType::Int || index.typeId() == QMetaType::Double)
-        setButtonEnabled(index.toInt(), inEnabled);
+    if (inIndex.typeId() == QMetaType::Int || inIndex.typeId() == QMetaType::Double)
+        setButtonEnabled(inIndex.toInt(), inEnabled);
     else
-        setItemEnabled(KyScriptPlainData::listOf(index), inEnabled);
+        setItemEnabled(KyScriptVariant::listOf(inIndex), inEnabled);
 }
 
 void KyScriptDialogButtons::setButtonEnabled(int inIndex, bool inEnabled)
@@ -136,9 +135,9 @@ void KyScriptDialogButtons::setItemEnabled(const QVariantList& l, bool inEnabled
         items.at(item)->setEnabled(inEnabled);
 }
 
-void KyScriptDialogButtons::setAllEnabled(const QVariant& inIndices, bool inEnabled)
+void KyScriptDialogButtons::setAllEnabled(const QVariantList& inIndices, bool inEnabled)
 {
-    QVariantList list = KyScriptPlainData::listOf(KyScriptPlainData::of(inIndices));
+    QVariantList list = inIndices;
     if (list.isEmpty()) {
         for (int i = 0; i < count(); ++i)
             list.append(i);

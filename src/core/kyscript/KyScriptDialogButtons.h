@@ -28,7 +28,7 @@ public:
     void set(const QVariantList& inDescriptions);
     void setToolTips(const QStringList& inToolTips);
     void setEnabled(const QVariant& inIndex, bool inEnabled);
-    void setAllEnabled(const QVariant& inIndices, bool inEnabled);
+    void setAllEnabled(const QVariantList& inIndices, bool inEnabled);
 
 Q_SIGNALS:
     /// The user has clicked a button, or chosen an item of its menu, whose index is -1 for none. The text is

@@ -28,8 +28,17 @@ QVariant withoutPoint(const QVariant& inValue)
 class Conversion
 {
 public:
-    explicit Conversion(QJSEngine* inEngine)
+    enum class Excess
+    {
+        Refused, ///< Ends the conversion.
+        Cut,     ///< Is left out.
+    };
+
+    Conversion(QJSEngine* inEngine, Excess inExcess)
         : mEngine(inEngine)
+        , mIsCut(inExcess == Excess::Cut)
+        , mMaxDepth(mIsCut ? KyScriptVariant::CutDepth : KyScriptVariant::MaxDepth)
+        , mMaxValues(mIsCut ? KyScriptVariant::CutValues : KyScriptVariant::MaxValues)
     {}
 
     bool isTooLarge() const { return mIsTooLarge; }
@@ -44,6 +53,10 @@ public:
             return withoutPoint(form);
         if (!inValue.isObject() || inValue.isCallable() || inValue.isQMetaObject())
             return QVariant();
+        if (mDepth >= mMaxDepth) {
+            mIsTooLarge = true;
+            return QVariant();
+        }
         ++mDepth;
         const QVariant result = inValue.isArray() ? QVariant(ofArray(inValue)) : QVariant(ofObject(inValue));
         --mDepth;
@@ -54,19 +67,19 @@ private:
     bool count(double inValues)
     {
         mValues += inValues;
-        mIsTooLarge =
-            mIsTooLarge || mValues > KyScriptVariant::MaxValues || mDepth > KyScriptVariant::MaxDepth;
-        return !mIsTooLarge;
+        mIsTooLarge = mIsTooLarge || mValues > mMaxValues;
+        return mValues <= mMaxValues;
     }
+
+    bool goesOn() const { return mIsCut ? mValues < mMaxValues : !mIsTooLarge; }
 
     QVariantList ofArray(const QJSValue& inArray)
     {
         QVariantList list;
         const double length = checked(inArray.property(QStringLiteral("length"))).toNumber();
-        if (!count(length))
+        if (!mIsCut && !count(length))
             return list;
-        list.reserve(qsizetype(length));
-        for (quint32 i = 0; i < length && !mIsTooLarge; ++i)
+        for (quint32 i = 0; i < length && goesOn(); ++i)
             list.append(of(checked(inArray.property(i))));
         return list;
     }
@@ -75,7 +88,7 @@ private:
     {
         QVariantMap map;
         QJSValueIterator property(inObject);
-        while (!mIsTooLarge && property.next())
+        while (goesOn() && property.next())
             map.insert(property.name(), of(checked(property.value())));
         checked(QJSValue());
         return map;
@@ -91,6 +104,9 @@ private:
     }
 
     QJSEngine* const mEngine;
+    const bool mIsCut;
+    const int mMaxDepth;
+    const double mMaxValues;
     double mValues = 0;
     int mDepth = 0;
     bool mIsTooLarge = false;
@@ -102,12 +118,27 @@ QVariant KyScriptVariant::normalised(const QVariant& inArgument, const QObject& 
 {
     if (!isQJSValue(inArgument))
         return withoutPoint(inArgument);
-    Conversion conversion(qjsEngine(&inHost));
+    Conversion conversion(qjsEngine(&inHost), Conversion::Excess::Refused);
     const QVariant converted = conversion.of(inArgument.value<QJSValue>());
     return converted.isValid() && !conversion.isTooLarge() ? converted : inArgument;
+}
+
+QVariant KyScriptVariant::cut(const QVariant& inArgument, const QObject* inHost)
+{
+    return isQJSValue(inArgument) ? cut(inArgument.value<QJSValue>(), inHost) : withoutPoint(inArgument);
+}
+
+QVariant KyScriptVariant::cut(const QJSValue& inArgument, const QObject* inHost)
+{
+    return Conversion(inHost ? qjsEngine(inHost) : nullptr, Conversion::Excess::Cut).of(inArgument);
 }
 
 bool KyScriptVariant::isList(const QVariant& inValue)
 {
     return inValue.typeId() == QMetaType::QVariantList || inValue.typeId() == QMetaType::QStringList;
+}
+
+QVariantList KyScriptVariant::listOf(const QVariant& inValue)
+{
+    return isList(inValue) ? inValue.toList() : QVariantList();
 }
