@@ -328,10 +328,7 @@ QString KyScriptDialog::title()
 void KyScriptDialog::setMessage(QString message)
 {
     d->label->setText(message);
-    // A word that is longer than the screen is cut, and does not make the window as wide.
-    d->label->setMinimumWidth(0);
-    if (d->label->minimumSizeHint().width() > screen()->availableSize().width() / 2)
-        d->label->setMinimumWidth(1);
+    d->label->setMinimumWidth(isMessageTooWide() ? 1 : 0);
     const QString plain = plainText(message);
     plain.isEmpty() ? d->label->unsetLayoutDirection()
                     : d->label->setLayoutDirection(plain.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);

@@ -123,6 +123,7 @@ private:
 
     void appear();
     void chooseFocus();
+    bool isMessageTooWide() const;
     void makeRoom();
     void makeStatusRoom();
     void comeInside(const QRect& inArea);

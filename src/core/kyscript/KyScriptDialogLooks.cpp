@@ -24,6 +24,17 @@ QString firstFilled(const QStringList& inTexts)
     return found == inTexts.end() ? QString() : *found;
 }
 
+/// The number of letters between two blanks, at most.
+int longestWord(const QString& inText)
+{
+    int longest = 0, length = 0;
+    for (const QChar c : inText) {
+        length = c.isSpace() ? 0 : length + 1;
+        longest = std::max(longest, length);
+    }
+    return longest;
+}
+
 } // namespace
 
 QString KyScriptDialog::plainText(const QString& inText)
@@ -71,13 +82,28 @@ QSize KyScriptDialog::borderSize() const
     return QSize(2 * frame, 2 * frame + style()->pixelMetric(QStyle::PM_TitleBarHeight));
 }
 
+/// Whether the message has a word that would make the window wider than half of the screen. Such a word is
+/// cut.
+bool KyScriptDialog::isMessageTooWide() const
+{
+    const int most = screen()->availableSize().width() / 2;
+    const QString text = d->label->text();
+    // To measure all words costs as much as to paint them.
+    if (!Qt::mightBeRichText(text) && longestWord(text) * d->label->fontMetrics().maxWidth() <= most)
+        return false;
+    d->label->setMinimumWidth(0);
+    return d->label->minimumSizeHint().width() > most;
+}
+
 /// Makes the dialog large enough for its message, as far as the screen goes: the size that was kept may be
 /// that of a dialog with less to say.
 void KyScriptDialog::makeRoom()
 {
     if (isMaximized() || isFullScreen())
         return;
+    // What is polished only when it comes up is measured twice.
     ensurePolished();
+    d->label->ensurePolished();
     if (!testAttribute(Qt::WA_Resized))
         adjustSize();
     const auto heightFor = [this](int width) { return layout()->totalMinimumHeightForWidth(width); };
