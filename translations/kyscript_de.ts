@@ -338,6 +338,30 @@ Auftragsnummern hier: %2</translation>
         <source>Underlined</source>
         <translation>Unterstrichen</translation>
     </message>
+    <message>
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
+    </message>
+    <message>
+        <source>Take the last change back</source>
+        <translation>Die letzte Änderung zurücknehmen</translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <translation>Wiederholen</translation>
+    </message>
+    <message>
+        <source>Make the change again that was taken back</source>
+        <translation>Die zurückgenommene Änderung noch einmal vornehmen</translation>
+    </message>
+    <message>
+        <source>Read Only</source>
+        <translation>Schreibschutz</translation>
+    </message>
+    <message>
+        <source>Guard the report against changes, also those of scripts</source>
+        <translation>Den Befund vor Änderungen schützen, auch vor denen von Skripten</translation>
+    </message>
 </context>
 <context>
     <name>KyScriptDialog</name>

@@ -79,6 +79,12 @@ private slots:
     void reportEndsWithTheWorkOnThePatient_data();
     void reportEndsWithTheWorkOnThePatient();
     void editorOutlivesTheWindow();
+    void openReportIsTheOneOnView();
+    void templateIsFilledByAScript();
+    void readOnlyReportIsNotWritten();
+    void changesOfTheReportAreTakenBack();
+    void templateIsInsertedByItsTool();
+    void handlerOfTheReportMayWrite();
 
     void commandLineNamesToolFiles();
 
@@ -87,6 +93,7 @@ private:
     /// Closes the window, if there is one, and opens another one with the tools of the profile.
     QStringList open(const QStringList& inFiles = {});
     void close();
+    QToolButton* reportButton(const QString& inText);
     QToolButton* button(const QString& inKey) { return mWindow->findChild<QToolButton*>("tool." + inKey); }
     QString noted() { return KyScriptInterface::getInstance("").evaluate("String(Global.noted)").toString(); }
     static QByteArray tool(const QByteArray& inId, const QByteArray& inScript, const QByteArray& inMore = "")
@@ -519,6 +526,122 @@ void tst_kyworkstation_tools::editorOutlivesTheWindow()
                  .toString(),
              QStringLiteral("0null"));
     init();
+}
+
+namespace {
+
+QString inReport(const QString& inCall)
+{
+    return KyScriptInterface::getInstance("")
+        .evaluate("var own = new RichEditCtrl({ windowClassName: 'OvReportEditor' }); String(own." + inCall +
+                  ")")
+        .toString();
+}
+
+} // namespace
+
+void tst_kyworkstation_tools::openReportIsTheOneOnView()
+{
+    open();
+    QCOMPARE(inReport("isReadable()"), QStringLiteral("false"));
+    auto* dock = mWindow->findChild<QDockWidget*>("reportDock");
+    QTest::mouseClick(button("Report.Editor"), Qt::LeftButton);
+    QCOMPARE(inReport("isValid()"), QStringLiteral("true"));
+    dock->close();
+    QCOMPARE(inReport("isReadable()"), QStringLiteral("false"));
+    dock->toggleViewAction()->trigger();
+    QCOMPARE(inReport("isValid()"), QStringLiteral("true"));
+    open();
+    QCOMPARE(inReport("isValid()"), QStringLiteral("true"));
+    close();
+    QCOMPARE(inReport("isReadable()"), QStringLiteral("false"));
+}
+
+/// Read back from the widget that the user sees.
+void tst_kyworkstation_tools::templateIsFilledByAScript()
+{
+    open();
+    KyEditor::editor("Report", true);
+    auto* text = mWindow->findChild<QTextEdit*>("reportText");
+    text->setHtml("Patient: <b>[NAME]</b><br>Findings:");
+    inReport("replace('[NAME]', 'Doe, Jane')");
+    inReport("insertAfter('Findings:', ' none')");
+    QCOMPARE(text->toPlainText(), QStringLiteral("Patient: Doe, Jane\nFindings: none"));
+    QVERIFY2(text->toHtml().contains(QRegularExpression("font-weight:700[^>]*>Doe, Jane<")),
+             qPrintable(text->toHtml()));
+}
+
+QToolButton* tst_kyworkstation_tools::reportButton(const QString& inText)
+{
+    for (QToolButton* each : mWindow->findChild<QDockWidget*>("reportDock")->findChildren<QToolButton*>()) {
+        if (each->text() == inText)
+            return each;
+    }
+    qFatal("no button %s", qPrintable(inText));
+}
+
+void tst_kyworkstation_tools::readOnlyReportIsNotWritten()
+{
+    open();
+    KyEditor::editor("Report", true);
+    auto* text = mWindow->findChild<QTextEdit*>("reportText");
+    QTest::keyClicks(text, "by hand");
+    reportButton("Read Only")->click();
+    QTest::keyClicks(text, "x");
+    inReport("replaceSelection('x')");
+    QCOMPARE(inReport("isValid()") + inReport("isReadable()"), QStringLiteral("falsetrue"));
+    QCOMPARE(text->toPlainText(), QStringLiteral("by hand"));
+    QVERIFY(!reportButton("B")->isEnabled() && !reportButton("Undo")->isEnabled());
+    reportButton("Read Only")->click();
+    inReport("replaceSelection(', by script')");
+    QCOMPARE(text->toPlainText(), QStringLiteral("by hand, by script"));
+    QVERIFY(reportButton("B")->isEnabled() && reportButton("Undo")->isEnabled());
+}
+
+void tst_kyworkstation_tools::changesOfTheReportAreTakenBack()
+{
+    open();
+    KyEditor::editor("Report", true);
+    auto* text = mWindow->findChild<QTextEdit*>("reportText");
+    QVERIFY(!reportButton("Undo")->isEnabled() && !reportButton("Redo")->isEnabled());
+    inReport("replaceSelection('one')");
+    reportButton("Undo")->click();
+    QCOMPARE(text->toPlainText(), QString());
+    QVERIFY(!reportButton("Undo")->isEnabled());
+    reportButton("Redo")->click();
+    QCOMPARE(text->toPlainText(), QStringLiteral("one"));
+    QVERIFY(!reportButton("Redo")->isEnabled());
+}
+
+/// The example opens the report; a report that can only be read stays as it is.
+void tst_kyworkstation_tools::templateIsInsertedByItsTool()
+{
+    open({TOOLS "/insert-template.xml"});
+    auto* text = mWindow->findChild<QTextEdit*>("reportText");
+    QTest::mouseClick(button("Site.InsertTemplate"), Qt::LeftButton);
+    QCOMPARE(text->toPlainText(), QStringLiteral("Findings: Normal."));
+    QVERIFY(mWindow->findChild<QDockWidget*>("reportDock")->isVisible());
+    reportButton("Read Only")->click();
+    QTest::mouseClick(button("Site.InsertTemplate"), Qt::LeftButton);
+    QCOMPARE(text->toPlainText(), QStringLiteral("Findings: Normal."));
+    QCOMPARE(button("Site.InsertTemplate")->toolTip(), QStringLiteral("The report can only be read"));
+}
+
+/// Once for each change of somebody else.
+void tst_kyworkstation_tools::handlerOfTheReportMayWrite()
+{
+    open();
+    KyEditor::editor("Report", true);
+    auto* text = mWindow->findChild<QTextEdit*>("reportText");
+    KyScriptInterface& engine = KyScriptInterface::getInstance("");
+    engine.evaluate("var writing = function () {"
+                    "    new RichEditCtrl({ windowClassName: 'OvReportEditor' }).replaceSelection('!'); };"
+                    "Orvane.editor('Report').textChanged.connect(writing)");
+    inReport("replaceSelection('x')");
+    QTest::keyClicks(text, "y");
+    engine.evaluate("Orvane.editor('Report').textChanged.disconnect(writing)");
+    QCOMPARE(text->toPlainText().count('!'), 2);
+    QCOMPARE(text->toPlainText().remove('!'), QStringLiteral("xy"));
 }
 
 void tst_kyworkstation_tools::commandLineNamesToolFiles()

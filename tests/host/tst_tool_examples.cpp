@@ -22,6 +22,8 @@ private slots:
     void priorIsFound();
     void reportIsFilled();
     void reportOfTheUserStays();
+    void templateIsInserted();
+    void reportGoesToWord();
     void reminderIsShownAndTakenAway();
     void layoutIsSwitched();
     void statusIsShown();
@@ -97,7 +99,7 @@ void tst_tool_examples::everyExampleIsWellMade_data()
 {
     QTest::addColumn<QString>("file");
     const QStringList files = QDir(TOOLS).entryList({"*.xml"}, QDir::Files);
-    QCOMPARE(files.size(), 6);
+    QCOMPARE(files.size(), 8);
     for (const QString& file : files)
         QTest::newRow(qPrintable(file)) << file;
 }
@@ -173,6 +175,29 @@ void tst_tool_examples::reportOfTheUserStays()
               "Orvane.editor('Report').text + '|' + Orvane.tool('Site.ReportTemplate').toolTip",
               {"-e", "Orvane.editor('Report').text = 'by hand'"});
     QCOMPARE(text, QStringLiteral("by hand|The report is not empty"));
+}
+
+/// At the cursor, in place of what is selected, also twice.
+void tst_tool_examples::templateIsInserted()
+{
+    const QStringList before{"-e",
+                             "Orvane.editor('Report').text = 'by hand'; new RichEditCtrl({ windowClassName: "
+                             "'OvReportEditor' }).setSelection(7, 7)"};
+    QCOMPARE(probe("insert-template.xml", {"Site.InsertTemplate"},
+                   "Orvane.editor('Report').text.replace(/\\n/g, '/')", before),
+             QStringLiteral("by handLungs: Clear, no nodules./Mediastinum: No enlarged lymph nodes."));
+    const QString twice = probe("insert-template.xml", {"Site.InsertTemplate", "Site.InsertTemplate"},
+                                "Orvane.editor('Report').text.replace(/\\n/g, '/')");
+    QCOMPARE(twice.count("Lungs:"), 2);
+}
+
+void tst_tool_examples::reportGoesToWord()
+{
+    const Outcome outcome = run({"--tools", TOOLS "/report-to-word.xml", "-e",
+                                 "Orvane.editor('Report').text = 'x'", "--trigger", "Site.ReportToWord"});
+    QVERIFY2(outcome.err.contains("Could not initialize COM."), qPrintable(outcome.err));
+    QCOMPARE(probe("report-to-word.xml", {"Site.ReportToWord"}, "Orvane.tool('Site.ReportToWord').toolTip"),
+             QStringLiteral("There is no report on view, or it is empty"));
 }
 
 void tst_tool_examples::reminderIsShownAndTakenAway()

@@ -39,6 +39,8 @@ private slots:
     void templateIsFilled_data();
     void templateIsFilled();
     void templateIsFilledByTheOtherTools();
+    void templateIsFilledByAModuleInWine_data();
+    void templateIsFilledByAModuleInWine();
     void templateIsFilledInAProgramOfOthers_data();
     void templateIsFilledInAProgramOfOthers();
     void textCrossesInTheCodePage_data();
@@ -385,6 +387,35 @@ void tst_windows_controls::templateIsFilledByTheOtherTools()
     run(sFill);
     QCOMPARE(content(0), QStringLiteral("Name: Doe, Jane\nFindings: none\nImpression: normal [end]"));
     mWindows = std::make_unique<DriverWindows>(*mDriver);
+}
+
+void tst_windows_controls::templateIsFilledByAModuleInWine_data()
+{
+    addControls();
+}
+
+/// Without a pipe between the module and the windows.
+void tst_windows_controls::templateIsFilledByAModuleInWine()
+{
+    if (!QFile::exists(MODULE))
+        QSKIP("This build has no module for Wine: its tools are not installed, or sanitizers are on");
+    QFETCH(int, control);
+    WineProgram module(MODULE);
+    QVERIFY(module.isReady());
+    set(control, QString::fromUtf8(
+                     "Patient: [NAME]\r\nFindings:\r\nImpression: [IMPRESSION] [end] \xC3\xA4\xE2\x82\xAC"));
+    const QString result = module.text(WineProgram::hex(
+        QStringLiteral("var c = new RichEditCtrl({ processName: 'controls.exe', windowClassName: '%1', "
+                       "convertCRLFToLF: %2 }); %3 c.getText()")
+            .arg(QStringList({"RichEdit50W", "RichEdit20W", "Edit"}).at(control),
+                 control == 2 ? "false" : "true", sFill)));
+    QCOMPARE(
+        content(control),
+        QString::fromUtf8("Name: Doe, Jane\nFindings: none\nImpression: normal [end] \xC3\xA4\xE2\x82\xAC"));
+    QCOMPARE(QString(result).replace("\r\n", "\n"), content(control));
+    // The engine sees the end of its stack there, too.
+    QCOMPARE(module.text(WineProgram::hex("(function f() { f(); })()")),
+             QStringLiteral("RangeError: Maximum call stack size exceeded."));
 }
 
 void tst_windows_controls::templateIsFilledInAProgramOfOthers_data()

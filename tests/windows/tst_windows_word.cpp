@@ -24,6 +24,7 @@ private slots:
     void textTakesThePlaceOfTheSelection();
     void templateIsFilled();
     void templateIsFilledByTheOtherTools();
+    void templateIsFilledByAModuleInWine();
     void callsArriveAsTheyAre();
     void referencesEnd();
     void failuresAreTold_data();
@@ -153,6 +154,20 @@ void tst_windows_word::templateIsFilledByTheOtherTools()
     insert("none");
     QCOMPARE(content(), QStringLiteral("Findings: none"));
     mCom = std::make_unique<DriverCom>(*mDriver);
+}
+
+/// Without a pipe between the module and COM.
+void tst_windows_word::templateIsFilledByAModuleInWine()
+{
+    if (!QFile::exists(MODULE))
+        QSKIP("This build has no module for Wine: its tools are not installed, or sanitizers are on");
+    WineProgram module(MODULE);
+    QVERIFY(module.isReady());
+    set("Findings: [X]", 10, 13);
+    module.text(
+        WineProgram::hex("var w = new WordCtrl(); w.insertString('none, '); w.insertString('nothing else')"));
+    QCOMPARE(content(), QStringLiteral("Findings: none, nothing else"));
+    QCOMPARE(mWord->words("selection").at(0).toInt(), 28);
 }
 
 void tst_windows_word::callsArriveAsTheyAre()

@@ -2,7 +2,7 @@
 
 #include <QtCore/QRegularExpression>
 
-#include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -47,9 +47,8 @@ QString KyScriptRichEditControl::text() const
         return QString();
     std::string buffer(std::size_t(length) + 1, '\0');
     mWindows.text(mWindow, buffer.size(), buffer.data());
-    const std::size_t used = std::size_t(std::find(buffer.begin(), buffer.end(), '\0') - buffer.begin());
-    QString text =
-        QString::fromStdU16String(mWindows.fromLocal8Bit(std::string_view(buffer).substr(0, used)));
+    buffer.resize(std::strlen(buffer.c_str()));
+    QString text = QString::fromStdU16String(mWindows.fromLocal8Bit(buffer));
     if (mConvertCRLFToLF)
         text.replace(QLatin1String("\r\n"), QLatin1String("\n"), Qt::CaseSensitive);
     return text;

@@ -4,6 +4,7 @@
 
 #include <QtCore/QFileInfo>
 
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -15,8 +16,27 @@ constexpr int ContentCapacity = 1025;
 struct KnownTarget
 {
     KyScriptRichEditTarget target;
+    /// The target with the expressions that are matched, which stay compiled here.
+    KyScriptRichEditTarget matched;
     RnWindows::Window window = 0;
 };
+
+/// An expression for whole strings, without any of the options that it was configured with.
+QRegularExpression wholeMatch(const QRegularExpression& inExpression)
+{
+    const QString pattern = inExpression.pattern();
+    return pattern.isEmpty() ? QRegularExpression()
+                             : QRegularExpression(QRegularExpression::anchoredPattern(pattern));
+}
+
+KyScriptRichEditTarget wholeMatches(KyScriptRichEditTarget ioTarget)
+{
+    for (QRegularExpression* expression :
+         {&ioTarget.processName, &ioTarget.windowClassName, &ioTarget.contentPattern,
+          &ioTarget.topLevelWindowName, &ioTarget.parentWindowName, &ioTarget.windowName})
+        *expression = wholeMatch(*expression);
+    return ioTarget;
+}
 
 std::vector<KnownTarget>& knownTargetTable()
 {
@@ -31,43 +51,45 @@ KnownTarget& entryOf(const KyScriptRichEditTarget& inTarget)
         if (known.target == inTarget)
             return known;
     }
-    table.push_back({inTarget, 0});
+    table.push_back({inTarget, wholeMatches(inTarget), 0});
     return table.back();
 }
 
-/// Matches whole strings, without any of the options that the expression was configured with.
-class WholeMatch
+/// What one search knows about an expression.
+class Condition
 {
 public:
-    explicit WholeMatch(const QRegularExpression& inExpression)
-        : mIsEmpty(inExpression.pattern().isEmpty())
-        , mExpression(QRegularExpression::anchoredPattern(inExpression.pattern()))
-        , mIsValid(mExpression.isValid())
-    {
-        if (!mIsEmpty && mIsValid)
-            mExpression.optimize();
-    }
+    explicit Condition(const QRegularExpression& inExpression)
+        : mExpression(inExpression)
+        , mIsEmpty(inExpression.pattern().isEmpty())
+        , mIsValid(!mIsEmpty && inExpression.isValid())
+    {}
 
     /// Sets no condition.
     bool isEmpty() const { return mIsEmpty; }
 
     bool matches(const QString& inText) const { return mIsValid && mExpression.match(inText).hasMatch(); }
-    bool matches(const std::u16string& inText) const
+    /// Names come again and again: each is matched once.
+    bool matches(const std::u16string& inName)
     {
-        return matches(
-            QString::fromRawData(reinterpret_cast<const QChar*>(inText.data()), qsizetype(inText.size())));
+        const auto [known, isNew] = mKnown.try_emplace(inName, false);
+        if (isNew)
+            known->second = matches(QString::fromStdU16String(inName));
+        return known->second;
     }
 
 private:
-    const bool mIsEmpty;
     const QRegularExpression mExpression;
+    const bool mIsEmpty;
     const bool mIsValid;
+    std::unordered_map<std::u16string, bool> mKnown;
 };
 
 /// One walk over the windows of the desktop.
 class Search
 {
 public:
+    /// \a inTarget has the expressions as they are matched.
     Search(RnWindows& inWindows, const KyScriptRichEditTarget& inTarget)
         : mWindows(inWindows)
         , mConvertCRLFToLF(inTarget.convertCRLFToLF)
@@ -118,7 +140,7 @@ private:
         return mProcessName.matches(QFileInfo(normal).fileName());
     }
 
-    bool titleFits(const WholeMatch& inExpression, RnWindows::Window inWindow)
+    bool titleFits(Condition& inExpression, RnWindows::Window inWindow)
     {
         if (inExpression.isEmpty())
             return true;
@@ -166,12 +188,12 @@ private:
 
     RnWindows& mWindows;
     const bool mConvertCRLFToLF;
-    const WholeMatch mProcessName;
-    const WholeMatch mWindowClassName;
-    const WholeMatch mContentPattern;
-    const WholeMatch mTopLevelWindowName;
-    const WholeMatch mParentWindowName;
-    const WholeMatch mWindowName;
+    Condition mProcessName;
+    Condition mWindowClassName;
+    Condition mContentPattern;
+    Condition mTopLevelWindowName;
+    Condition mParentWindowName;
+    Condition mWindowName;
     std::vector<RnWindows::Window> mDescendants;
 };
 
@@ -209,10 +231,10 @@ RnWindows::Window KyScriptRichEditSearch::find(const KyScriptRichEditTarget& inT
     known.window = 0;
     if (!canBeSearched(inTarget))
         return 0;
-    const RnWindows::Window found = windows ? Search(*windows, inTarget).run() : 0;
+    const RnWindows::Window found = windows ? Search(*windows, known.matched).run() : 0;
     if (!found)
         logNotFound(inTarget);
-    entryOf(inTarget).window = found;
+    known.window = found;
     return found;
 }
 

@@ -16,6 +16,8 @@
 #include <common/KyMessageLog.h>
 #include <common/KyViewerLayout.h>
 #include <common/KyViewerTools.h>
+#include <kyreporttab/JxReport.h>
+#include <kyreporttab/OvReportEditor.h>
 #include <kyscript/KyScriptAbstractEngine.h>
 #include <kyscript/KyScriptInterface.h>
 #include <kyscript/KyScriptProgram.h>
@@ -28,6 +30,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QTextEdit>
 
 #include <cstdio>
 #include <memory>
@@ -235,6 +238,22 @@ QString checkFolders(const KyHostOptions& inOptions)
     return isUsable ? QString() : QStringLiteral("Cannot keep a profile below %1").arg(inOptions.profile);
 }
 
+/// The report of scripts, which here nobody sees: always on view.
+class UnseenReport
+{
+public:
+    explicit UnseenReport(KyReportEditor& inEditor)
+    {
+        mText.setDocument(&inEditor.document());
+        if (JxReport* reports = JxReport::instance())
+            reports->setActiveReport(&mEditor);
+    }
+
+private:
+    QTextEdit mText;
+    Ovg::OvReportEditor mEditor{&mText};
+};
+
 int runOnPlatform(const KyRunOptions& inOptions, const std::vector<Source>& inSources, RnLogSink* inSink)
 {
     const QString badFolder = checkFolders(inOptions.host);
@@ -245,6 +264,7 @@ int runOnPlatform(const KyRunOptions& inOptions, const std::vector<Source>& inSo
     if (!badProperty.isEmpty())
         return fail(QStringLiteral("There is no property %1 that takes this text").arg(badProperty));
 
+    const UnseenReport report(platform.reportEditor());
     const KyHostPlatform::Loaded loaded = platform.loadStudies();
     if (!loaded.errors.isEmpty())
         return fail(loaded.errors.first());

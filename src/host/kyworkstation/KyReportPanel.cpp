@@ -11,6 +11,7 @@
 KyReportPanel::KyReportPanel(KyReportEditor& inEditor, QWidget* inParent)
     : QWidget(inParent)
     , mText(new QTextEdit(this))
+    , mReport(mText)
     , mFormats(new QToolBar(this))
 {
     mText->setObjectName(QStringLiteral("reportText"));
@@ -19,6 +20,7 @@ KyReportPanel::KyReportPanel(KyReportEditor& inEditor, QWidget* inParent)
     mText->setTabChangesFocus(true);
     mText->setDocument(&inEditor.document());
     addFormats();
+    addChanges();
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -38,6 +40,47 @@ void KyReportPanel::addFormats()
             [this](bool on) { mText->setFontWeight(on ? QFont::Bold : QFont::Normal); });
     connect(mItalic, &QAction::triggered, mText, &QTextEdit::setFontItalic);
     connect(mUnderline, &QAction::triggered, mText, &QTextEdit::setFontUnderline);
+}
+
+void KyReportPanel::addChanges()
+{
+    mFormats->addSeparator();
+    mUndo = addChange(tr("Undo"), tr("Take the last change back"));
+    mRedo = addChange(tr("Redo"), tr("Make the change again that was taken back"));
+    connect(mUndo, &QAction::triggered, this, [this] { mReport.undo(); });
+    connect(mRedo, &QAction::triggered, this, [this] { mReport.redo(); });
+    connect(mText, &QTextEdit::undoAvailable, this, &KyReportPanel::showChanges);
+    connect(mText, &QTextEdit::redoAvailable, this, &KyReportPanel::showChanges);
+
+    mFormats->addSeparator();
+    QAction* readOnly =
+        addChange(tr("Read Only"), tr("Guard the report against changes, also those of scripts"));
+    readOnly->setCheckable(true);
+    connect(readOnly, &QAction::toggled, this, &KyReportPanel::setReadOnly);
+    showChanges();
+}
+
+QAction* KyReportPanel::addChange(const QString& inText, const QString& inToolTip)
+{
+    QAction* action = mFormats->addAction(inText);
+    action->setToolTip(inToolTip);
+    mFormats->widgetForAction(action)->setAccessibleName(inText);
+    return action;
+}
+
+void KyReportPanel::setReadOnly(bool inIsReadOnly)
+{
+    mReport.setReadOnly(inIsReadOnly);
+    for (QAction* format : {mBold, mItalic, mUnderline})
+        format->setEnabled(!inIsReadOnly);
+    showChanges();
+}
+
+void KyReportPanel::showChanges()
+{
+    const QTextDocument& document = *mText->document();
+    mUndo->setEnabled(!mReport.isReadOnly() && document.isUndoAvailable());
+    mRedo->setEnabled(!mReport.isReadOnly() && document.isRedoAvailable());
 }
 
 QAction* KyReportPanel::addFormat(const QString& inText, const QString& inToolTip, const QKeySequence& inKeys)

@@ -9,6 +9,8 @@
 #include <common/KyReportEditor.h>
 #include <common/KyToolFiles.h>
 
+#include <kyreporttab/JxReport.h>
+
 #include <QtCore/QDir>
 #include <QtCore/QPointer>
 #include <QtGui/QAction>
@@ -31,10 +33,12 @@ KyWorkstationTools::~KyWorkstationTools()
 /// The panel is closed at first: not every user writes reports here.
 void KyWorkstationTools::addReport(KyReportEditor& inReport)
 {
+    auto* panel = new KyReportPanel(inReport, &mWindow);
     const QPointer<QDockWidget> dock =
         &mWindow.addPanel({QStringLiteral("reportDock"), tr("&Report"),
                            QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R), false, Qt::RightDockWidgetArea},
-                          new KyReportPanel(inReport, &mWindow));
+                          panel);
+    putOnView(*panel, *dock->toggleViewAction());
     const auto show = [dock](bool inOn) {
         if (dock)
             dock->setVisible(inOn);
@@ -54,6 +58,20 @@ void KyWorkstationTools::addReport(KyReportEditor& inReport)
     connect(dock->toggleViewAction(), &QAction::toggled, this,
             [raw = tool.get()](bool inOn) { raw->setActive(inOn); });
     mTools.push_back(tool);
+}
+
+/// The report is on view, for scripts too, while its panel is open, be it behind another one.
+void KyWorkstationTools::putOnView(KyReportPanel& inPanel, const QAction& inIsOpen)
+{
+    const auto show = [&report = inPanel.report()](bool inIsOnView) {
+        JxReport* reports = JxReport::instance();
+        if (reports && inIsOnView)
+            reports->setActiveReport(&report);
+        else if (reports)
+            reports->forget(&report);
+    };
+    show(inIsOpen.isChecked());
+    connect(&inIsOpen, &QAction::toggled, &inPanel, show);
 }
 
 QStringList KyWorkstationTools::load(const QString& inProfile, const QStringList& inFiles)

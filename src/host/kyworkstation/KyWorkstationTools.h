@@ -8,7 +8,9 @@
 
 class KyMainWindow;
 class KyReportEditor;
+class KyReportPanel;
 class KyTool;
+class QAction;
 
 /// The tools of the workstation: those of the application, those of the tool files, and the tool bar that
 /// shows them; and the panel of the report, which one of them opens.
@@ -28,6 +30,7 @@ public:
 
 private:
     void addReport(KyReportEditor& inReport);
+    void putOnView(KyReportPanel& inPanel, const QAction& inIsOpen);
 
     KyMainWindow& mWindow;
     KyReportEditor& mReport;
