@@ -4,6 +4,7 @@
 
 #include <kyscript/KyScriptAbstractEngine.h>
 #include <kyscript/KyScriptAuthToken.h>
+#include <kyscript/KyScriptBrowserCtrl.h>
 #include <kyscript/KyScriptDialog.h>
 #include <kyscript/KyScriptEngine.h>
 #include <kyscript/KyScriptExternalObject.h>
@@ -95,6 +96,7 @@ void fill(QJSEngine& ioEngine)
     addConstructible<KyScriptIdGenerator>(ioEngine, "IdGenerator");
     addConstructible<KyScriptWord>(ioEngine, "WordCtrl");
     addConstructible<KyScriptWebSocket>(ioEngine, "WebSocket");
+    addConstructible<KyScriptBrowserCtrl>(ioEngine, "BrowserCtrl");
     addConstructible<KyScriptTimer>(ioEngine, "Timer");
     addConstructible<KyScriptRichEdit>(ioEngine, "RichEditCtrl");
     global.setProperty(QStringLiteral("Global"), ioEngine.newObject());

@@ -80,9 +80,7 @@ private:
 
 void add(const std::string& inName, std::function<void(benchmark::State&)> inBody)
 {
-    benchmark::RegisterBenchmark(inName.c_str(), [=](benchmark::State& state) {
-        inBody(state);
-    })->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark(inName.c_str(), [=](benchmark::State& state) { inBody(state); });
 }
 
 /// So many requests at a time through HttpRequest, their answers read in a handler of the script.

@@ -67,6 +67,7 @@ private slots:
     void expiryWithoutBudgetOnlyLogs();
     void negativeIntervalBeforeOpen();
     void negativeIntervalEndsARunningHeartbeat();
+    void negativeIntervalLeavesARunningTimerAlone();
     void intervalTakesEffectOnTheRunningTimer();
     void intervalZeroEndsSomewhere();
     void disconnectionStopsTheHeartbeat();
@@ -756,6 +757,19 @@ void tst_KyScriptWebSocket::negativeIntervalEndsARunningHeartbeat()
     turn(700);
     QCOMPARE(peer->of(RawWebSocket::Ping).size(), 1);
     QCOMPARE(log.take(), QStringList());
+}
+
+/// The pong that it waits for does not come.
+void tst_KyScriptWebSocket::negativeIntervalLeavesARunningTimerAlone()
+{
+    LogCapture log(2);
+    mServer->answersPings = false;
+    QVERIFY(connected("ws.setHeartbeatInterval(300)"));
+    text("ws.setHeartbeatInterval(-5)");
+    QTRY_COMPARE(log.toStrings(),
+                 QStringList(QString("3||WebSocket: Heartbeat timout of -5 msec for %1 reached, trying to "
+                                     "reconnect ...")
+                                 .arg(mServer->url())));
 }
 
 void tst_KyScriptWebSocket::intervalTakesEffectOnTheRunningTimer()
