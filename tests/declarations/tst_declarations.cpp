@@ -143,7 +143,8 @@ private slots:
     void offeredTagsOfTheWorklistAreKnown();
     void offeredPropertiesAreThere();
     void offeredStudyListsAreThoseOfTheGuide();
-    void keysOfDialogsAreThoseOfTheGuide();
+    void keysAreThoseOfTheGuide_data();
+    void keysAreThoseOfTheGuide();
     void examplesRun_data();
     void examplesRun();
 
@@ -689,15 +690,31 @@ void tst_declarations::offeredStudyListsAreThoseOfTheGuide()
     QCOMPARE(offered, names);
 }
 
-void tst_declarations::keysOfDialogsAreThoseOfTheGuide()
+void tst_declarations::keysAreThoseOfTheGuide_data()
 {
+    QTest::addColumn<QString>("type");
+    QTest::addColumn<QString>("pageName");
+    QTest::addColumn<QString>("heading");
+    QTest::newRow("dialog") << "DialogConfig"
+                            << "dialogs.md"
+                            << "All keys";
+    QTest::newRow("report") << "RichEditConfig"
+                            << "report.md"
+                            << "Editors of other programs";
+}
+
+void tst_declarations::keysAreThoseOfTheGuide()
+{
+    QFETCH(QString, type);
+    QFETCH(QString, pageName);
+    QFETCH(QString, heading);
     static const QRegularExpression key("^\\| `([A-Za-z]+)` \\|", QRegularExpression::MultilineOption);
+    const QString text = page(pageName).section("\n## " + heading + "\n", 1).section("\n## ", 0, 0);
     QStringList keys;
-    for (const auto& match :
-         key.globalMatch(page("dialogs.md").section("\n## All keys\n", 1).section("\n## ", 0, 0)))
+    for (const auto& match : key.globalMatch(text))
         keys.append(match.captured(1));
     keys.sort();
-    QCOMPARE(mDeclared->types().value("DialogConfig")["members"].toObject().keys(), keys);
+    QCOMPARE(mDeclared->types().value(type)["members"].toObject().keys(), keys);
 }
 
 /// A page of the guide.

@@ -55,8 +55,9 @@ interface RichEditCtrl extends HostObject {
     /** Selects a part of the text, also in an editor that can only be read. Neutral: nothing happens. */
     setSelection(start: number, end: number): void;
     /**
-     * Replaces the first match of a text or of a regular expression, which matches as little as it can. A text matches
-     * in any letter case in the own editor, and in its own in other programs. Neutral: nothing happens.
+     * Replaces the first match of a text, or of a regular expression, whose flags don't count and whose greediness is
+     * turned round: `*` takes as little as it can. A text matches in any letter case in the own editor, and in its own
+     * in other programs. Neutral: nothing happens.
      *
      * @example
      * new RichEditCtrl({ processName: "Editor.exe", windowClassName: "RICHEDIT*" }).replace("[ID]", "4711");
