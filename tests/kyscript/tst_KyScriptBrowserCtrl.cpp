@@ -416,9 +416,9 @@ void tst_KyScriptBrowserCtrl::membersAreVisible()
         QCOMPARE(name + text(QString("typeof browser.%1").arg(name)), name + QString("function"));
     for (const char* name : {"setCreatedByEngine", "startBrowser", "getWebView2RuntimeVersionFromRegistry"})
         QCOMPARE(name + text(QString("typeof browser.%1").arg(name)), name + QString("undefined"));
-    QCOMPARE(text("browser.setSize(1, 2)") + text("browser.setInstallationDirectory('x')") +
-                 text("browser.setBrowserCmdArgs([])") + text("browser.sendCommand('HIDE')"),
-             QString("undefined").repeated(4));
+    for (const char* call : {"browser.setSize(1, 2)", "browser.setInstallationDirectory('/nowhere')",
+                             "browser.setBrowserCmdArgs([])", "browser.sendCommand('HIDE')"})
+        QCOMPARE(call + text(call), call + QString("undefined"));
 }
 
 /// The check of a new engine makes an object, of which nothing is to be seen.

@@ -1,49 +1,21 @@
 #include "KyGUISizeManager.h"
 
-#include <ovbase/OvRegistry.h>
+#include <ovbase/OvStoredGeometry.h>
 
 #include <QEvent>
 #include <QScreen>
 #include <QTimer>
 #include <QWidget>
 
-#include <algorithm>
 #include <chrono>
 
 namespace {
 
 constexpr auto sSettleTime = std::chrono::milliseconds(400);
 
-QString idOf(const QString& inKey)
-{
-    return QStringLiteral("GUI.Geometry.") + inKey;
-}
-
-QString storedText(const QString& inId)
-{
-    OvRegistry::Value stored;
-    const OvRegistry* registry = OvRegistry::getInstance();
-    return registry && registry->getProperty(inId, stored) ? stored.value : QString();
-}
-
-/// Writes only what has changed.
-void storeText(const QString& inId, const QString& inText)
-{
-    OvRegistry::Value stored;
-    OvRegistry* registry = OvRegistry::getInstance();
-    if (registry &&
-        !(registry->getProperty(inId, stored, OvRegistry::UserPriority) && stored.value == inText))
-        registry->setProperty(inId, inText, OvRegistry::UserPriority);
-}
-
 QByteArray storedGeometry(const QString& inId)
 {
-    return QByteArray::fromBase64(storedText(inId).toLatin1());
-}
-
-int bounded(int inEdge)
-{
-    return std::clamp(inEdge, -KyGUISizeManager::MaxEdge, KyGUISizeManager::MaxEdge);
+    return QByteArray::fromBase64(OvStoredGeometry::text(inId).toLatin1());
 }
 
 void setInitialGeometry(QWidget& ioWidget, const QSize& inSize, const QPoint& inPosition)
@@ -95,7 +67,7 @@ private:
         // What a minimized window reports is no place for the next start.
         if (mWidget.isMinimized())
             return;
-        storeText(mId, QString::fromLatin1(mWidget.saveGeometry().toBase64()));
+        OvStoredGeometry::setText(mId, QString::fromLatin1(mWidget.saveGeometry().toBase64()));
     }
 
     QWidget& mWidget;
@@ -112,7 +84,7 @@ void KyGUISizeManager::makeWidgetGeometryPersistent(QWidget* ioWidget, QAnyStrin
     if (!ioWidget)
         return;
     const QString key = inKey.toString();
-    const QString id = idOf(key);
+    const QString id = OvStoredGeometry::id(key);
     if (key.isEmpty() || !ioWidget->restoreGeometry(storedGeometry(id)))
         setInitialGeometry(*ioWidget, inInitialSize, inInitialPosition);
     if (!key.isEmpty())
@@ -121,20 +93,10 @@ void KyGUISizeManager::makeWidgetGeometryPersistent(QWidget* ioWidget, QAnyStrin
 
 QRect KyGUISizeManager::storedWidgetGeometry(const QString& inKey)
 {
-    const QStringList edges = storedText(idOf(inKey)).split(QLatin1Char(' '));
-    if (inKey.isEmpty() || edges.size() != 4)
-        return QRect();
-    const auto edge = [&](int inIndex) { return bounded(edges.at(inIndex).toInt()); };
-    return QRect(QPoint(edge(0), edge(1)), QPoint(edge(2), edge(3)));
+    return OvStoredGeometry::read(inKey);
 }
 
 void KyGUISizeManager::storeWidgetGeometry(const QRect& inGeometry, const QString& inKey)
 {
-    if (inKey.isEmpty())
-        return;
-    storeText(idOf(inKey), QStringLiteral("%1 %2 %3 %4")
-                               .arg(bounded(inGeometry.left()))
-                               .arg(bounded(inGeometry.top()))
-                               .arg(bounded(inGeometry.right()))
-                               .arg(bounded(inGeometry.bottom())));
+    OvStoredGeometry::write(inGeometry, inKey);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <ovbase/OvStoredGeometry.h>
+
 #include <QAnyStringView>
 #include <QPoint>
 #include <QRect>
@@ -32,5 +34,5 @@ public:
     /// beyond MaxEdge, as no screen has them, are brought to it. With an empty key nothing is kept.
     static void storeWidgetGeometry(const QRect& inGeometry, const QString& inKey);
 
-    static constexpr int MaxEdge = (1 << 24) - 1;
+    static constexpr int MaxEdge = OvStoredGeometry::MaxEdge;
 };

@@ -4,7 +4,7 @@
 #include "KyWebViewCommands.h"
 #include "KyWebViewWidget.h"
 
-#include <kybase/KyGUISizeManager.h>
+#include <ovbase/OvStoredGeometry.h>
 #include <rnlib/RnLogFile.h>
 
 #include <QCloseEvent>
@@ -44,7 +44,7 @@ KyWebViewBrowser::KyWebViewBrowser(QWidget* inParent, const QString& inName)
     column->addWidget(mPage);
     setMaximumSize(LargestSize, LargestSize);
     resize(InitialSize);
-    mKnown = KyGUISizeManager::storedWidgetGeometry(geometryKey(mName));
+    mKnown = OvStoredGeometry::read(geometryKey(mName));
     if (!mKnown.isEmpty())
         setGeometry(mKnown);
     mSettle.setSingleShot(true);
@@ -175,7 +175,7 @@ void KyWebViewBrowser::keep(const QString& inMessage)
     const QString word = KyWebViewCommands::word(inMessage);
     const QString argument = KyWebViewCommands::argument(inMessage);
     if (word == QLatin1String("GEOMETRY"))
-        KyGUISizeManager::storeWidgetGeometry(*KyWebViewCommands::geometry(argument), geometryKey(mName));
+        OvStoredGeometry::write(*KyWebViewCommands::geometry(argument), geometryKey(mName));
     else if (word == QLatin1String("ERROR"))
         getTheLogInstance().error(
             Context,

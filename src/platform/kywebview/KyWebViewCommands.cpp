@@ -1,6 +1,6 @@
 #include "KyWebViewCommands.h"
 
-#include <kybase/KyGUISizeManager.h>
+#include <ovbase/OvStoredGeometry.h>
 
 #include <algorithm>
 #include <utility>
@@ -28,7 +28,7 @@ QString KyWebViewCommands::argument(const QString& inCommand)
 
 std::optional<QRect> KyWebViewCommands::geometry(const QString& inArgument)
 {
-    constexpr int most = KyGUISizeManager::MaxEdge;
+    constexpr int most = OvStoredGeometry::MaxEdge;
     const QStringList texts = inArgument.split(QLatin1Char(' '));
     if (texts.size() != 4)
         return std::nullopt;

@@ -3,10 +3,10 @@
 #include <support/KyTest.h>
 #include <support/LogCapture.h>
 
-#include <kybase/KyGUISizeManager.h>
 #include <kywebview/KyWebViewBrowser.h>
 #include <kywebview/KyWebViewWidget.h>
 #include <ovbase/OvRegistry.h>
+#include <ovbase/OvStoredGeometry.h>
 
 #include <optional>
 
@@ -252,12 +252,12 @@ void tst_KyWebViewBrowser::withoutAReceiverTheWindowKeepsItsPlace()
     mBrowser->receiveCommand("SHOW");
     mBrowser->setGeometry(33, 44, 555, 444);
     mBrowser->receiveCommand("HIDE");
-    QCOMPARE(KyGUISizeManager::storedWidgetGeometry("OrvaneBrowser.x.Geometry"), QRect(33, 44, 555, 444));
+    QCOMPARE(OvStoredGeometry::read("OrvaneBrowser.x.Geometry"), QRect(33, 44, 555, 444));
 }
 
 void tst_KyWebViewBrowser::storedPlaceIsTakenUpAgain()
 {
-    KyGUISizeManager::storeWidgetGeometry(QRect(33, 44, 555, 444), "OrvaneBrowser.y.Geometry");
+    OvStoredGeometry::write(QRect(33, 44, 555, 444), "OrvaneBrowser.y.Geometry");
     const KyWebViewBrowser browser(nullptr, "OrvaneBrowser.y");
     QCOMPARE(browser.geometry(), QRect(33, 44, 555, 444));
 }

@@ -1,7 +1,7 @@
 #include <support/KyTest.h>
 
-#include <kybase/KyGUISizeManager.h>
 #include <kywebview/KyWebViewCommands.h>
+#include <ovbase/OvStoredGeometry.h>
 
 class tst_KyWebViewCommands : public QObject
 {
@@ -79,7 +79,7 @@ void tst_KyWebViewCommands::geometryIsRead_data()
     QTest::newRow("two blanks") << "10  20 110 220" << false << QRect();
     QTest::newRow("nothing") << "" << false << QRect();
     QTest::newRow("too large a number") << "10 20 110 99999999999" << false << QRect();
-    constexpr int most = KyGUISizeManager::MaxEdge;
+    constexpr int most = OvStoredGeometry::MaxEdge;
     QTest::newRow("large numbers") << "-2147483648 -2147483648 2147483647 2147483647" << true
                                    << QRect(QPoint(-most, -most), QPoint(most, most));
 }
