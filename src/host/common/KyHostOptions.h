@@ -11,6 +11,8 @@ struct KyHostOptions
 {
     QStringList studyFolders;
     QStringList additionalFolders;
+    QString archiveUrl;   ///< Root of a DICOMweb service; empty for that of the profile's configuration.
+    QStringList patients; ///< Ids of patients whose studies in the archive are opened as primary ones.
     QStringList toolFiles;
     QString profile;   ///< Folder of settings and data; empty keeps them in memory.
     QString proxyHost; ///< Empty for no proxy.

@@ -15,6 +15,8 @@
 #include <kyreporttab/JxReport.h>
 #include <kyreporttab/KyReportLockStore.h>
 #include <kyresources/KyClientFacts.h>
+#include <kysite/KyArchive.h>
+#include <kysite/KySite.h>
 #include <ovbase/OvPropertyPool.h>
 #include <ovbase/OvRegistry.h>
 #include <ovwebservice/StudySource.h>
@@ -32,7 +34,8 @@ class KyHostPlatform
 public:
     /// Settings, the worklist and the locks of reports are files of the profile folder, or in memory without
     /// one: "settings", "worklist.json" and "report-locks.json". The session log is the file "session.log" of
-    /// that folder, and lost without one.
+    /// that folder, and lost without one. What "site.json" of that folder says comes in their place, see
+    /// KySite.
     explicit KyHostPlatform(const KyHostOptions& inOptions);
     ~KyHostPlatform();
     KyHostPlatform(const KyHostPlatform&) = delete;
@@ -53,7 +56,8 @@ public:
         QStringList warnings; ///< Folders without a DICOM study.
     };
 
-    /// Opens the studies of the options: those below the study folders become the primary ones, those below
+    /// Opens the studies of the options: those below the study folders, and those of the patients in the
+    /// archive, become the primary ones, those below
     /// the additional folders the additional ones, each in the order of DicomDirectoryEntry. The progress
     /// gets the files of the folder that is being read; false stops the loading.
     Loaded loadStudies(const Ovg::StudySource::Progress& inProgress = {});
@@ -65,6 +69,8 @@ private:
     KySessionLog mSessionLog;
     KyNotifiables mNotifiables;
     KyClientFacts mFacts;
+    const KySite mSite;
+    std::unique_ptr<KyArchive> mArchive;
     OvPropertyPool mPool;
     std::unique_ptr<KyWorklistStore> mWorklist;
     std::unique_ptr<KyReportLockStore> mReportLocks;

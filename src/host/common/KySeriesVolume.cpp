@@ -16,8 +16,11 @@ std::map<QStringList, std::weak_ptr<KySeriesVolume>>& shared()
     return volumes;
 }
 
-void readVolume(QPromise<Content>& ioPromise, const QStringList& inPaths)
+void readVolume(QPromise<Content>& ioPromise, const QStringList& inPaths,
+                const std::shared_ptr<Ovg::InstanceFiles>& inFiles)
 {
+    if (inFiles)
+        inFiles->provide(inPaths, [&](int, int) { return !ioPromise.isCanceled(); });
     const Content content = OvVolumeContent::read(inPaths);
     ioPromise.addResult(content);
     ioPromise.setProgressRange(0, content->count());
@@ -45,7 +48,8 @@ std::shared_ptr<KySeriesVolume> KySeriesVolume::of(const Ovg::DicomSeries& inSer
 }
 
 KySeriesVolume::KySeriesVolume(const Ovg::DicomSeries& inSeries, Reading inReading)
-    : mReading(inReading)
+    : mFiles(Ovg::InstanceFiles::instance())
+    , mReading(inReading)
 {
     for (const Ovg::DicomInstance& instance : inSeries.instances)
         mPaths.append(instance.path);
@@ -63,7 +67,7 @@ KySeriesVolume::KySeriesVolume(const Ovg::DicomSeries& inSeries, Reading inReadi
         Q_EMIT finished();
     });
     mIsLoading = true;
-    mWatcher.setFuture(QtConcurrent::run(readVolume, mPaths));
+    mWatcher.setFuture(QtConcurrent::run(readVolume, mPaths, mFiles));
 }
 
 /// The thread keeps what it works on and ends by itself, soon.
@@ -82,6 +86,8 @@ void KySeriesVolume::take(const Content& inContent)
 
 OvImageVolume* KySeriesVolume::volume()
 {
+    if (!mVolume && mReading == Reading::OnDemand && mFiles)
+        mFiles->provide(mPaths);
     if (!mVolume && mReading == Reading::OnDemand)
         take(OvVolumeContent::read(mPaths));
     return mVolume.get();

@@ -2,6 +2,7 @@
 
 #include <ovvolren/OvImageVolume.h>
 #include <ovwebservice/DicomSeries.h>
+#include <ovwebservice/InstanceFiles.h>
 
 #include <QtCore/QFutureWatcher>
 #include <QtCore/QObject>
@@ -51,6 +52,7 @@ private:
     void take(const Content& inContent);
 
     QStringList mPaths;
+    std::shared_ptr<Ovg::InstanceFiles> mFiles; ///< Brings the files of an archive; may be null.
     const Reading mReading;
     RnHandle<OvImageVolume> mVolume;
     QFutureWatcher<Content> mWatcher;

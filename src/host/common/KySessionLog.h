@@ -1,14 +1,14 @@
 #pragma once
 
-#include <ovvolren/OvServerPeer.h>
+#include "KyRenderServer.h"
 
 #include <QtCore/QString>
 
 /// The session log of a host: what users do on the dialogs of scripts, and what scripts trace. It is kept in
 /// a file, which rotates as the log files of `--log` do.
 ///
-/// Somebody's object: construction makes it the one that instance() finds, and a connection of the platform
-/// without a render server; destruction ends both. GUI thread only.
+/// Somebody's object: construction makes it the one that instance() finds, and has
+/// the host's own render server, whose peer keeps it; destruction ends both. GUI thread only.
 class KySessionLog
 {
 public:
@@ -23,11 +23,11 @@ public:
     static KySessionLog* instance();
 
     /// For further sinks, such as a pane's.
-    RnLogFile& log() { return mPeer.sessionLog(); }
+    RnLogFile& log() { return mServer.peer().sessionLog(); }
     /// The absolute path of the file; empty when there is none.
     const QString& file() const { return mFile; }
 
 private:
-    OvServerPeer mPeer;
+    KyRenderServer mServer;
     QString mFile;
 };

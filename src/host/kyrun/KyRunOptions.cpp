@@ -34,6 +34,13 @@ const Option Studies({text("s"), text("studies")},
                      text("DIR"));
 const Option Additional(text("additional"), text("Open those below DIR as additional studies (repeatable)."),
                         text("DIR"));
+const Option
+    Archive(text("archive"),
+            text("Take the studies of --patient from the DICOMweb archive at URL (default: that of the "
+                 "profile's site.json)."),
+            text("URL"));
+const Option Patient(text("patient"), text("Open the archive's studies of that patient (repeatable)."),
+                     text("ID"));
 const Option Engine(text("engine"), text("Run on the engine of that name (default: the unnamed one)."),
                     text("NAME"));
 const Option Tools(text("tools"), text("Load a tool configuration file (repeatable)."), text("FILE"));
@@ -107,8 +114,9 @@ KyRunOptions::Outcome KyRunOptions::parse(const QStringList& inArguments, QStrin
     parser.setApplicationDescription(text(Description));
     // What stands behind the script belongs to the script, also when it begins with a dash.
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    parser.addOptions({Eval, Print, File, Interactive, Test, Check, Studies, Additional, Engine, Tools,
-                       Trigger, Property, Profile, Proxy, Log, KeepRunning, Timeout, Help, Version});
+    parser.addOptions({Eval,       Print,   File,    Interactive, Test,    Check,   Studies,
+                       Additional, Archive, Patient, Engine,      Tools,   Trigger, Property,
+                       Profile,    Proxy,   Log,     KeepRunning, Timeout, Help,    Version});
     parser.addPositionalArgument(
         text("SCRIPT.js"), text("The script, \"-\" for standard input."),
         text("SCRIPT.js | -e CODE | -i | --test FILES | --check FILES | --trigger ID"));
@@ -133,6 +141,8 @@ KyRunOptions::Outcome KyRunOptions::parse(const QStringList& inArguments, QStrin
     readFlags(parser, *this);
     host.studyFolders = parser.values(Studies);
     host.additionalFolders = parser.values(Additional);
+    host.archiveUrl = parser.value(Archive);
+    host.patients = parser.values(Patient);
     host.toolFiles = parser.values(Tools);
     triggers = parser.values(Trigger);
     host.profile = parser.value(Profile);

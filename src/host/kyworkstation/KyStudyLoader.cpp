@@ -1,6 +1,6 @@
 #include "KyStudyLoader.h"
 
-#include <ovwebservice/FolderStudySource.h>
+#include <kysite/KyArchive.h>
 
 #include <QtConcurrent/QtConcurrentRun>
 #include <QtCore/QPromise>
@@ -8,11 +8,6 @@
 #include <utility>
 
 namespace {
-
-Ovg::StudySourceResult readStudies(const QString& inFolder, const Ovg::StudySource::Progress& inProgress)
-{
-    return Ovg::FolderStudySource(inFolder).load(inProgress);
-}
 
 void readFolder(QPromise<Ovg::StudySourceResult>& ioPromise, const KyStudyLoader::Reader& inReader,
                 const QString& inFolder)
@@ -29,7 +24,7 @@ void readFolder(QPromise<Ovg::StudySourceResult>& ioPromise, const KyStudyLoader
 
 KyStudyLoader::KyStudyLoader(QObject* inParent)
     : QObject(inParent)
-    , mReader(readStudies)
+    , mReader(KyArchive::read)
 {
     mThread.setMaxThreadCount(1);
     using Watcher = QFutureWatcherBase;

@@ -39,7 +39,7 @@ public:
 
     bool isLoading() const { return mIsLoading; }
 
-    /// Folders asked for from now on are read by \a inReader. Without one, as FolderStudySource does.
+    /// Folders asked for from now on are read by \a inReader. Without one, as KyArchive::read() does.
     void setReader(const Reader& inReader);
 
 Q_SIGNALS:

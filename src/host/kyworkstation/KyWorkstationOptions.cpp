@@ -20,6 +20,13 @@ QList<QCommandLineOption> valueOptions()
          name("DIR")},
         {name("additional"),
          KyWorkstationOptions::tr("Open those below DIR as additional studies (repeatable)."), name("DIR")},
+        {name("archive"),
+         KyWorkstationOptions::tr(
+             "Take the studies of --patient from the DICOMweb archive at URL (default: that "
+             "of the profile's site.json)."),
+         name("URL")},
+        {name("patient"),
+         KyWorkstationOptions::tr("Open the archive's studies of that patient (repeatable)."), name("ID")},
         {name("property"),
          KyWorkstationOptions::tr("Set an application property for this session (repeatable)."),
          name("ID=TEXT")},
@@ -77,6 +84,8 @@ KyWorkstationOptions::Outcome KyWorkstationOptions::parse(const QStringList& inA
     outText = parseValues(parser, host);
     host.studyFolders = parser.values(name("studies")) + parser.positionalArguments();
     host.additionalFolders = parser.values(name("additional"));
+    host.archiveUrl = parser.value(name("archive"));
+    host.patients = parser.values(name("patient"));
     host.toolFiles = parser.values(name("tools"));
     host.profile = parser.isSet(name("profile"))
                        ? parser.value(name("profile"))

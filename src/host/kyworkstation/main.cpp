@@ -11,6 +11,7 @@
 
 #include <common/KyHostPlatform.h>
 #include <common/KyMessageLog.h>
+#include <kysite/KyArchive.h>
 #include <rnlib/RnLogFileSink.h>
 #include <rnlib/RnLogStreamSink.h>
 
@@ -70,6 +71,8 @@ int runWindow(const KyWorkstationOptions& inOptions)
         window.statusBar()->showMessage(badTools.first());
     for (const QString& folder : inOptions.host.studyFolders)
         window.openFolder(folder);
+    for (const QString& patient : inOptions.host.patients)
+        window.openFolder(KyArchive::folderOf(patient));
     for (const QString& folder : inOptions.host.additionalFolders)
         window.openFolder(folder, KyStudyLoader::Kind::Additional);
     for (const QString& script : inOptions.scripts)

@@ -7,6 +7,7 @@
 #include <QtSql/QSqlQuery>
 
 #include <atomic>
+#include <utility>
 
 namespace {
 
@@ -116,35 +117,41 @@ bool KySqlConnection::configure(QString& outError)
     return true;
 }
 
-bool KySqlConnection::prepare(QSqlQuery& outQuery, const QString& inSql, QString& outError,
-                              bool inIsInTransaction)
+/// \a inAttempt gets a query of the connection and does something that has no effect when it fails.
+template <class Attempt>
+bool KySqlConnection::attempt(QString& outError, bool inIsInTransaction, const Attempt& inAttempt)
 {
-    const bool wasOpen = QSqlDatabase::contains(mConnectionName);
-    for (bool isAgain : {false, true}) {
+    const bool mayTryAgain = QSqlDatabase::contains(mConnectionName) && !inIsInTransaction;
+    for (const bool isLast : {!mayTryAgain, true}) {
+        outError.clear();
         if (!open(outError))
             return false;
-        outQuery = QSqlQuery(database());
-        if (outQuery.prepare(inSql))
+        QSqlQuery query(database());
+        if (inAttempt(query))
             return true;
-        outError = errorText(outQuery);
-        if (isAgain || !wasOpen || inIsInTransaction || !isLost(outQuery))
+        outError = errorText(query);
+        if (isLast || !isLost(query))
             return false;
-        outQuery = QSqlQuery();
-        outError.clear();
+        query = QSqlQuery();
         close();
     }
     return false;
 }
 
+bool KySqlConnection::prepare(QSqlQuery& outQuery, const QString& inSql, QString& outError,
+                              bool inIsInTransaction)
+{
+    return attempt(outError, inIsInTransaction, [&](QSqlQuery& ioQuery) {
+        const bool isPrepared = ioQuery.prepare(inSql);
+        if (isPrepared)
+            outQuery = std::move(ioQuery);
+        return isPrepared;
+    });
+}
+
 bool KySqlConnection::execute(const QString& inSql, QString& outError, bool inIsInTransaction)
 {
-    QSqlQuery query;
-    if (!prepare(query, inSql, outError, inIsInTransaction))
-        return false;
-    if (query.exec())
-        return true;
-    outError = errorText(query);
-    return false;
+    return attempt(outError, inIsInTransaction, [&](QSqlQuery& ioQuery) { return ioQuery.exec(inSql); });
 }
 
 /// A failure of PostgreSQL itself has a number; those of the administrator's and of crashes begin with 57P.

@@ -47,7 +47,8 @@ public:
     /// has been done by the statement then. Inside a transaction it is not.
     bool prepare(QSqlQuery& outQuery, const QString& inSql, QString& outError,
                  bool inIsInTransaction = false);
-    /// Runs a statement without parameters.
+    /// Runs a statement without parameters, such as one that begins a transaction or makes a table. It may be
+    /// run a second time when the connection is lost.
     bool execute(const QString& inSql, QString& outError, bool inIsInTransaction = false);
     /// Whether the connection itself has failed, after a query did.
     bool isLost(const QSqlQuery& inQuery) const;
@@ -58,6 +59,8 @@ public:
     static QString errorText(const QSqlQuery& inQuery);
 
 private:
+    template <class Attempt>
+    bool attempt(QString& outError, bool inIsInTransaction, const Attempt& inAttempt);
     bool configure(QString& outError);
 
     const KyDatabaseSettings mSettings;
