@@ -812,6 +812,14 @@ Open a folder of DICOM files with Ctrl+O, or drop it here.</source>
         <translation>Die in DIR als weitere Untersuchungen öffnen (mehrfach möglich).</translation>
     </message>
     <message>
+        <source>Take the studies of --patient from the DICOMweb archive at URL (default: that of the profile&apos;s site.json).</source>
+        <translation>Die Untersuchungen von --patient aus dem DICOMweb-Archiv unter URL nehmen (sonst aus dem in site.json des Profils).</translation>
+    </message>
+    <message>
+        <source>Open the archive&apos;s studies of that patient (repeatable).</source>
+        <translation>Die Untersuchungen dieses Patienten aus dem Archiv öffnen (mehrfach möglich).</translation>
+    </message>
+    <message>
         <source>Set an application property for this session (repeatable).</source>
         <translation>Eine Eigenschaft der Anwendung für diese Sitzung setzen (mehrfach möglich).</translation>
     </message>

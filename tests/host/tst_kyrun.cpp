@@ -334,9 +334,9 @@ void tst_kyrun::helpAndVersionAreShown()
 {
     const Outcome help = run({"--help"});
     QCOMPARE(help.status, 0);
-    for (const char* option :
-         {"--eval", "--print", "--studies", "--additional", "--engine", "--property", "--profile", "--proxy",
-          "--log", "--keep-running", "--timeout", "--version", "Exit status", "throw new Error"})
+    for (const char* option : {"--eval", "--print", "--studies", "--additional", "--archive", "--patient",
+                               "--engine", "--property", "--profile", "--proxy", "--log", "--keep-running",
+                               "--timeout", "--version", "Exit status", "throw new Error"})
         QVERIFY2(help.out.contains(option), option);
     const Outcome version = run({"--version"});
     QCOMPARE(version.status, 0);

@@ -1437,7 +1437,8 @@ void tst_kyworkstation::programShowsHelpAndVersion()
 {
     const Finished help = runProgram({"--help"});
     QCOMPARE(help.status, 0);
-    for (const char* option : {"--studies", "--additional", "--profile", "--property", "--log", "--proxy"})
+    for (const char* option : {"--studies", "--additional", "--archive", "--patient", "--profile",
+                               "--property", "--log", "--proxy"})
         QVERIFY2(help.out.contains(option), option);
     const Finished version = runProgram({"--version"});
     QCOMPARE(version.status, 0);

@@ -228,7 +228,7 @@ void tst_KyHttpBackend::aServerWithoutTls()
     mBackend.reset();
     QUrl url(mServer->url("/call"));
     url.setScheme("https");
-    mBackend = std::make_unique<KyHttpBackend>(url, QString(), 5);
+    mBackend = std::make_unique<KyHttpBackend>(url, QString(), 1);
     mServer->answer("/call", LoopbackHttpServer::reply("200 OK", "{\"result\":1}"));
     const BackendAnswer answer("C", "m");
     QTRY_COMPARE_WITH_TIMEOUT(answer.count, 1, 30000);

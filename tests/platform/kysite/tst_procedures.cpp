@@ -171,6 +171,7 @@ private:
     void open(bool inIsPostgres);
 
     std::unique_ptr<PostgresServer> mServer;
+    std::unique_ptr<KySqlConnection> mAdministrator;
     std::unique_ptr<QTemporaryDir> mFolder;
     std::unique_ptr<OvDatabase> mDatabase;
 };
@@ -182,6 +183,7 @@ void tst_procedures::initTestCase()
     mServer = std::make_unique<PostgresServer>();
     QVERIFY2(mServer->isRunning(), mServer->log().constData());
     QCOMPARE(mServer->run(PostgresSchema), QString());
+    mAdministrator = std::make_unique<KySqlConnection>(postgres());
 }
 
 KyDatabaseSettings tst_procedures::postgres() const
@@ -235,7 +237,8 @@ void tst_procedures::init()
 void tst_procedures::open(bool inIsPostgres)
 {
     if (inIsPostgres) {
-        QCOMPARE(mServer->run("truncate patients restart identity"), QString());
+        QString error;
+        QVERIFY2(mAdministrator->execute("truncate patients restart identity", error), qPrintable(error));
         mDatabase = std::make_unique<KyPostgresProcedures>(postgres());
         return;
     }
