@@ -371,6 +371,19 @@ void tst_KyScriptOrvaneBackend::valuesAreDecodedByTheirTypeWord_data()
         row("no time", word, "2026-01-31", QDateTime(QDate(2026, 1, 31), QTime(0, 0)));
         row("no date", word, "yesterday", QDateTime());
     }
+    row("blanks", "int", " 5 ", 5);
+    row("plus", "int", "+5", 5);
+    row("fraction", "int", "5.0", 0);
+    row("blanks", "float", " 2.5 ", 2.5);
+    row("bare point", "float", "2.", 2.0);
+    row("beyond", "float", "1e999", QStringLiteral("1e999").toDouble());
+    row("no such day", "datetime", "2026-02-30T14:05:09.120", QDateTime());
+    row("no such hour", "datetime", "2026-01-31T25:05:09.120", QDateTime());
+    row("hour that summer time leaves out", "datetime", "2026-03-29T02:30:00.000",
+        QDateTime::fromString("2026-03-29T02:30:00.000", Qt::ISODateWithMs));
+    row("hour that comes twice", "datetime", "2026-10-25T02:30:00.000",
+        QDateTime::fromString("2026-10-25T02:30:00.000", Qt::ISODateWithMs));
+    row("blank in place of T", "datetime", "2026-01-31 14:05:09.120", time);
     row("offset", "datetimeoffset", "2026-01-31T14:05:09.120+05:30",
         QDateTime(time.date(), time.time(), Qt::OffsetFromUTC, 19800));
     row("UTC", "datetimeoffset", "2026-01-31T14:05:09.120Z", QDateTime(time.date(), time.time(), Qt::UTC));

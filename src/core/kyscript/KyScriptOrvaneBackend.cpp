@@ -17,6 +17,7 @@
 #include <QtQml/QJSEngine>
 #include <QtQml/QJSValueIterator>
 
+#include <charconv>
 #include <cmath>
 
 namespace {
@@ -110,10 +111,54 @@ ColumnKind kindOf(const std::string& inTypeWord)
     return kind == kinds.end() ? ColumnKind::Text : kind->second;
 }
 
+/// The number that the whole of \a inText is in its plain form; nothing for other forms, which Qt reads.
+template <class Number>
+std::optional<Number> plainNumber(const std::string& inText)
+{
+    Number number{};
+    const char* end = inText.data() + inText.size();
+    const auto read = std::from_chars(inText.data(), end, number);
+    const bool isPlain =
+        read.ec == std::errc() && read.ptr == end && (inText.back() >= '0' && inText.back() <= '9');
+    return isPlain ? std::optional(number) : std::nullopt;
+}
+
+/// The local time of a text in the one form "2026-01-31T14:05:09.120"; nothing for others, which Qt reads.
+std::optional<QDateTime> plainDateTime(const std::string& inText)
+{
+    constexpr std::string_view form = "0000-00-00T00:00:00.000";
+    if (inText.size() != form.size())
+        return std::nullopt;
+    for (std::size_t i = 0; i < form.size(); ++i) {
+        const bool fits = form[i] == '0' ? inText[i] >= '0' && inText[i] <= '9' : inText[i] == form[i];
+        if (!fits)
+            return std::nullopt;
+    }
+    const auto number = [&inText](std::size_t inAt, std::size_t inDigits) {
+        int value = 0;
+        for (std::size_t i = inAt; i < inAt + inDigits; ++i)
+            value = value * 10 + (inText[i] - '0');
+        return value;
+    };
+    const QDate date(number(0, 4), number(5, 2), number(8, 2));
+    const QTime time(number(11, 2), number(14, 2), number(17, 2), number(20, 3));
+    return date.isValid() && time.isValid() ? std::optional(QDateTime(date, time)) : std::nullopt;
+}
+
 QVariant decoded(const std::optional<std::string>& inValue, ColumnKind inKind)
 {
     if (!inValue)
         return QVariant();
+    if (inKind == ColumnKind::Int) {
+        if (const auto number = plainNumber<int>(*inValue))
+            return *number;
+    } else if (inKind == ColumnKind::Double) {
+        if (const auto number = plainNumber<double>(*inValue))
+            return *number;
+    } else if (inKind == ColumnKind::DateTime) {
+        if (const auto date = plainDateTime(*inValue))
+            return *date;
+    }
     const QString text = QString::fromLatin1(inValue->data(), qsizetype(inValue->size()));
     switch (inKind) {
     case ColumnKind::Bool:

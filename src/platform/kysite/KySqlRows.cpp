@@ -72,9 +72,17 @@ std::string numberText(Number inNumber)
     return std::string(text, end);
 }
 
+/// In one step, since there are many.
 std::string latin1(const QString& inText)
 {
-    return inText.toLatin1().toStdString();
+    std::string text(std::size_t(inText.size()), '?');
+    bool isPlain = true;
+    for (qsizetype i = 0; i < inText.size(); ++i) {
+        const ushort c = inText.at(i).unicode();
+        isPlain = isPlain && c < 256;
+        text[std::size_t(i)] = char(c);
+    }
+    return isPlain ? text : inText.toLatin1().toStdString();
 }
 
 /// With milliseconds; with the offset where the column keeps one.
