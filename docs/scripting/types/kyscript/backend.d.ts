@@ -1,14 +1,17 @@
 // The servers: facts about them, procedures of the database, methods of the backend, tokens.
 
-/** A value of a database's column: truth value, number, date or text by the type of the column; NULL is undefined. */
-type ColumnValue = boolean | number | Date | string | undefined;
+/**
+ * A value of a database's column. Which kind it is depends on the type of the column: a truth value, a number, a Date,
+ * or else a text; NULL is undefined.
+ */
+type ColumnValue = any;
 
 interface Orvane {
     /**
      * Runs a stored procedure and gives its rows, each an array of values. The script waits. A parameter that is null
-     * or undefined is NULL, any other one its text in Latin-1. A whole number beyond 2 to the power of 53 is not
-     * exact. Neutral, without rows: an empty array. Errors: an Error with the database's message when the procedure
-     * fails, also without a database; a TypeError when the parameters are no object.
+     * or undefined is NULL, any other one its text in Latin-1, a Date its local date and time. A whole number beyond 2
+     * to the power of 53 is not exact. Neutral, without rows: an empty array. Errors: an Error with the database's
+     * message when the procedure fails, also without a database; a TypeError when the parameters are no object.
      *
      * @example
      * try {
@@ -18,7 +21,7 @@ interface Orvane {
      *     Message.warn(error.message, "MyScript");
      * }
      */
-    execStoredProcedure(procedureName: string, parameters: { [name: string]: TextLike }): ColumnValue[][];
+    execStoredProcedure(procedureName: string, parameters: { [name: string]: TextLike | Date }): ColumnValue[][];
 
     /**
      * Calls a method of a class on the backend and returns. The parameters cross as JSON; what that can't say is null.
