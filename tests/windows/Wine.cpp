@@ -9,6 +9,10 @@ namespace {
 
 constexpr int LimitMsecs = 60000;
 
+/// As long as other tests may take that have their turn.
+constexpr int TurnMsecs = 240000;
+std::unique_ptr<QLockFile> sTurn;
+
 /// Changes when the prefix has to be made anew.
 constexpr const char* Version = "1";
 
@@ -74,12 +78,14 @@ QProcessEnvironment Wine::environment()
 QString Wine::prepare()
 {
     QDir().mkpath(cacheFolder());
-    QLockFile lock(cacheFolder() + "/wine-prefix.lock");
-    lock.setStaleLockTime(0);
-    if (!lock.tryLock(LimitMsecs))
+    sTurn = std::make_unique<QLockFile>(cacheFolder() + "/wine-prefix.lock");
+    sTurn->setStaleLockTime(0);
+    if (!sTurn->tryLock(TurnMsecs))
         return "another process holds " + cacheFolder() + "/wine-prefix.lock";
-    if (isMade())
+    if (isMade()) {
+        end(); // what a test has left behind that was ended
         return QString();
+    }
 
     QDir(prefix()).removeRecursively();
     QDir().mkpath(prefix());
@@ -95,6 +101,12 @@ QString Wine::prepare()
     end(); // the next start reads it
     QFile stamp(prefix() + "/kyscript-version");
     return stamp.open(QIODevice::WriteOnly) && stamp.write(Version) > 0 ? QString() : stamp.errorString();
+}
+
+void Wine::leave()
+{
+    end();
+    sTurn.reset();
 }
 
 void Wine::end()

@@ -17,10 +17,13 @@ public:
 
     /// What is missing to run them; empty when they can be run.
     static QString missing();
-    /// Makes the prefix unless it is there. What went wrong, or nothing.
+    /// Waits for the turn of this process to use the prefix, and makes it unless it is there. What went
+    /// wrong, or nothing.
     static QString prepare();
-    /// Ends what still runs in the prefix.
+    /// Ends what runs in the prefix.
     static void end();
+    /// Likewise, and lets others have their turn.
+    static void leave();
 
     static QProcessEnvironment environment();
     static QString prefix();

@@ -110,7 +110,7 @@ void tst_windows_controls::cleanupTestCase()
     mEngine.reset();
     mPlatform.reset();
     if (isUsed)
-        Wine::end();
+        Wine::leave();
 }
 
 void tst_windows_controls::cleanup()

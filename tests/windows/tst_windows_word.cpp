@@ -79,7 +79,7 @@ void tst_windows_word::cleanupTestCase()
     mEngine.reset();
     mPlatform.reset();
     if (isUsed)
-        Wine::end();
+        Wine::leave();
 }
 
 void tst_windows_word::init()
