@@ -26,6 +26,7 @@ set(CPACK_DEBIAN_LIBRARIES_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_GENERATE_SHLIBS ON)
 # Found at run time by name, so that no library of them is linked.
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_RECOMMENDS "libqt6sql6-sqlite, libqt6svg6")
+set(CPACK_DEBIAN_LIBRARIES_PACKAGE_SUGGESTS "libqt6sql6-psql")
 set(CPACK_COMPONENT_LIBRARIES_DESCRIPTION
   "Scripts in a client workstation: the libraries\nThe module that embeds the script engine, and its platform.")
 
