@@ -110,13 +110,15 @@ void tst_browser_page::pageTalksToTheScript()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
+/// The page greets as soon as it is in. Whether that is read before the connection ends, and the end counts
+/// as a clean one, is chance.
 void tst_browser_page::pageWithAnotherPathIsRefused()
 {
     KY_NEEDS(!Peers::program("chromium").isEmpty(), "chromium");
     KY_NEEDS(Peers::hasNode("playwright-core"), "playwright-core");
     const QString url = text("var socket = WebSocketServer.registerSocket('page'); socket.getURL()");
     const auto browser = open(url + "0");
-    QVERIFY(!browser->waitFor("console closed 1000 true").isNull());
+    QVERIFY(!browser->waitFor("console closed 1000 (true|false)").isNull());
     QCOMPARE(text("socket.isConnected()"), QString("false"));
 }
 

@@ -11,13 +11,14 @@ const [executablePath, address] = process.argv.slice(2);
 (async () => {
     const browser = await chromium.launch({
         executablePath,
+        timeout: 0, // the test has its own
         args: ['--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-sync',
                '--disable-background-networking', '--disable-component-update'],
     });
     const page = await (await browser.newContext({ ignoreHTTPSErrors: true })).newPage();
     page.on('console', (message) => tell('console', message.text()));
     page.on('pageerror', (error) => tell('error', error.message));
-    await page.goto(address);
+    await page.goto(address, { timeout: 0 });
     tell('loaded');
     for await (const line of readline.createInterface({ input: process.stdin }))
         await page.evaluate(line);
