@@ -34,6 +34,32 @@ public:
     explicit KyScriptOrvane(QObject* parent);
     ~KyScriptOrvane() override;
 
+    // Properties of the application. What goes wrong with a value stands in the log, under "Script Interface"
+    // at level 3, and is not told to the script. They come first, since Qt looks through all methods in front
+    // of the one that a script calls.
+
+    /// The text form of a property; empty for an unknown one.
+    Q_INVOKABLE QString propertyValue(const QString& inPropertyId) const;
+    /// Sets a property from its text form, in the layer of scripts. False for an unknown one. A text that the
+    /// property can't read leaves it as it is, and the result is true all the same.
+    Q_INVOKABLE bool setPropertyValue(const QString& inPropertyId, const QString& inValue);
+    /// The value of a property: bool, int, double, QStringList, or else its text form. Invalid for an unknown
+    /// one.
+    Q_INVOKABLE QVariant propertyVariant(const QString& inPropertyId) const;
+    /// Sets a property in the layer of scripts. False for an unknown one. The value must be of the property's
+    /// own type, else it is logged and nothing changes; the result is true all the same.
+    Q_INVOKABLE bool setPropertyVariant(const QString& inPropertyId, const QVariant& inValue);
+    /// Takes back what scripts have set, so that the value beneath is in effect. False for an unknown
+    /// property.
+    Q_INVOKABLE bool removePropertyValue(const QString& inPropertyId);
+    /// Makes a property of the type of \a inDefault, which stays until the application ends, and labels each
+    /// level of its id with the same part of \a inPropertyLabel. One that is there keeps its value.
+    Q_INVOKABLE void registerProperty(const QString& inPropertyId, const QString& inPropertyLabel,
+                                      const QVariant& inDefault);
+    /// The same for a floating point number, also when the default is a whole one.
+    Q_INVOKABLE void registerPropertyFloatingPoint(const QString& inPropertyId,
+                                                   const QString& inPropertyLabel, double inDefault);
+
     // Tools
 
     /// An action that shows the tool of that decoration key: a script can trigger it, check an activatable
@@ -76,31 +102,6 @@ public:
     Q_INVOKABLE int showOutOfSyncWarning();
     /// Whether the session shows something else than what extAcc names. Neutral: false.
     Q_INVOKABLE bool isOutOfSync();
-
-    // Properties of the application. What goes wrong with a value stands in the log, under "Script Interface"
-    // at level 3, and is not told to the script.
-
-    /// The text form of a property; empty for an unknown one.
-    Q_INVOKABLE QString propertyValue(const QString& inPropertyId) const;
-    /// Sets a property from its text form, in the layer of scripts. False for an unknown one. A text that the
-    /// property can't read leaves it as it is, and the result is true all the same.
-    Q_INVOKABLE bool setPropertyValue(const QString& inPropertyId, const QString& inValue);
-    /// The value of a property: bool, int, double, QStringList, or else its text form. Invalid for an unknown
-    /// one.
-    Q_INVOKABLE QVariant propertyVariant(const QString& inPropertyId) const;
-    /// Sets a property in the layer of scripts. False for an unknown one. The value must be of the property's
-    /// own type, else it is logged and nothing changes; the result is true all the same.
-    Q_INVOKABLE bool setPropertyVariant(const QString& inPropertyId, const QVariant& inValue);
-    /// Takes back what scripts have set, so that the value beneath is in effect. False for an unknown
-    /// property.
-    Q_INVOKABLE bool removePropertyValue(const QString& inPropertyId);
-    /// Makes a property of the type of \a inDefault, which stays until the application ends, and labels each
-    /// level of its id with the same part of \a inPropertyLabel. One that is there keeps its value.
-    Q_INVOKABLE void registerProperty(const QString& inPropertyId, const QString& inPropertyLabel,
-                                      const QVariant& inDefault);
-    /// The same for a floating point number, also when the default is a whole one.
-    Q_INVOKABLE void registerPropertyFloatingPoint(const QString& inPropertyId,
-                                                   const QString& inPropertyLabel, double inDefault);
 
     // Settings outside of the properties. A key that begins with "\", "/" or "HKEY" names a location of the
     // operating system's own store and a value there, joined by "\" or "/"; any other one is a key of the
