@@ -100,6 +100,9 @@ private slots:
     void manualAutoCloseAnswers();
     void answerIsGoneAfterTheHandler();
     void handlerClosesTheDialog();
+    void resultIsGoneAfterTheHandler();
+    void clickInAHandlerHasNoItem();
+    void autoCloseInAHandlerKeepsTheItem();
 
     // What handlers do
     void handlerReplacesTheButtons_data();
@@ -696,9 +699,11 @@ void tst_KyScriptDialogButtons::enterWithALineEditReachesNoButton()
 {
     KyScriptDialog& dialog = s->makeAndShow("{ buttons: ['a', 'b'], showLineEdit: true }");
     for (QWidget* receiver : {static_cast<QWidget*>(&dialog), static_cast<QWidget*>(s->button(0))}) {
-        QKeyEvent event(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
-        QCoreApplication::sendEvent(receiver, &event);
-        QVERIFY(!event.isAccepted());
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+            QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+            QCoreApplication::sendEvent(receiver, &event);
+            QVERIFY(!event.isAccepted());
+        }
     }
     QVERIFY(dialog.isVisible());
     QCOMPARE(s->answers(), QStringList());
@@ -851,6 +856,42 @@ void tst_KyScriptDialogButtons::handlerClosesTheDialog()
     QCOMPARE(s->answers(), QStringList({"0 1 -1 0 true", "0 1 -1 0 false"}));
     QCOMPARE(s->session->take(),
              QStringList({"KyScriptDialog|User clicked button \"b\"", "KyScriptDialog|Rejected with \"b\""}));
+}
+
+void tst_KyScriptDialogButtons::resultIsGoneAfterTheHandler()
+{
+    s->makeAndShow("{ manuallyCloseDialog: true }");
+    s->run("d.processed.connect(function() { if (d.visible) d.accept(); })");
+    s->click(0);
+    QCOMPARE(s->answers(), QStringList({"0 0 -1 0 true", "1 0 -1 0 false"}));
+    QCOMPARE(s->run("d.result()"), QStringLiteral("0"));
+}
+
+void tst_KyScriptDialogButtons::clickInAHandlerHasNoItem()
+{
+    const KyScriptDialog& dialog = s->makeAndShow(manual(FirstMenu));
+    bool isFirst = true;
+    connect(&dialog, &KyScriptDialog::processed, this, [&] {
+        if (std::exchange(isFirst, false))
+            s->click(1);
+    });
+    s->choose(0, 2);
+    QCOMPARE(s->answers(), QStringList({"0 0 2 0 true", "0 1 -1 0 true"}));
+}
+
+void tst_KyScriptDialogButtons::autoCloseInAHandlerKeepsTheItem()
+{
+    const KyScriptDialog& dialog =
+        s->makeAndShow("{ buttons: [{ text: 'Send', menuItems: [{ text: 'a' }, { text: 'b' }] }],"
+                       " autoClose: true, manuallyCloseDialog: true }");
+    bool isFirst = true;
+    connect(&dialog, &KyScriptDialog::processed, this, [&] {
+        if (std::exchange(isFirst, false))
+            KyNotifiable::notify(KyNotification(1));
+    });
+    s->choose(0, 1);
+    QCOMPARE(s->answers(), QStringList({"0 0 1 0 true", "0 -2 1 1 false"}));
+    QCOMPARE(s->session->take().value(1), QStringLiteral("KyScriptDialog|Rejected due to auto-close"));
 }
 
 void tst_KyScriptDialogButtons::handlerReplacesTheButtons_data()
