@@ -50,8 +50,8 @@ KyWebViewBrowser::KyWebViewBrowser(QWidget* inParent, const QString& inName)
     mSettle.setSingleShot(true);
     mSettle.setInterval(SettleTime);
     connect(&mSettle, &QTimer::timeout, this, &KyWebViewBrowser::tellGeometry);
-    connect(mPage, &KyWebViewWidget::pageChanged, this, &KyWebViewBrowser::showTitle);
-    connect(mPage, &KyWebViewWidget::closeWanted, this, &QWidget::close);
+    connect(&mPage->view(), &KyWebView::pageChanged, this, &KyWebViewBrowser::showTitle);
+    connect(&mPage->view(), &KyWebView::closeWanted, this, &QWidget::close);
 }
 
 KyWebViewBrowser::~KyWebViewBrowser() = default;
@@ -85,6 +85,7 @@ bool KyWebViewBrowser::comeUp(const QString&)
     setVisible(true);
     raise();
     activateWindow();
+    mPage->view().setFocus();
     return true;
 }
 
@@ -185,7 +186,7 @@ void KyWebViewBrowser::showTitle()
 {
     if (!windowTitle().isEmpty() && windowTitle() != mPageTitle)
         return;
-    mPageTitle = mPage->title();
+    mPageTitle = mPage->view().title();
     setWindowTitle(mPageTitle);
 }
 

@@ -9,20 +9,9 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
-#include <chrono>
-
-namespace {
-
-/// Time for a window to be painted, and for questions that come with its first commands.
-constexpr auto ViewDelay = std::chrono::milliseconds(40);
-
-const QUrl Blank(QStringLiteral("about:blank"));
-
-} // namespace
-
 KyWebViewWidget::KyWebViewWidget(const QString& inProfile, QWidget* inParent)
     : QWidget(inParent)
-    , mProfile(inProfile)
+    , mView(makeView(inProfile, this))
     , mBar(new QToolBar(this))
     , mAddress(new QLineEdit(this))
 {
@@ -42,60 +31,22 @@ KyWebViewWidget::KyWebViewWidget(const QString& inProfile, QWidget* inParent)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(mBar);
-    column->addStretch(0);
+    column->addWidget(mView, 1);
     connect(mAddress, &QLineEdit::returnPressed, this, [this] {
         if (open(mAddress->text()))
-            view().setFocus();
+            mView->setFocus();
     });
-    mNeed.setSingleShot(true);
-    mNeed.setInterval(ViewDelay);
-    connect(&mNeed, &QTimer::timeout, this, &KyWebViewWidget::makeView);
+    connect(mView, &KyWebView::pageChanged, this, &KyWebViewWidget::showPage);
+    connect(mView, &KyWebView::loadingChanged, this, &KyWebViewWidget::showLoading);
     showLoading(false);
     showPage();
 }
 
-void KyWebViewWidget::needView()
+KyWebView* KyWebViewWidget::makeView(const QString& inProfile, QWidget* inParent)
 {
-    if (!mView && !mNeed.isActive())
-        mNeed.start();
-}
-
-/// It takes the keyboard, unless the user is writing an address.
-void KyWebViewWidget::makeView()
-{
-    if (mView)
-        return;
-    mNeed.stop();
     KyWebViewRuntime* runtime = KyWebViewRuntime::instance();
-    mView = runtime ? runtime->makeView(mProfile, this) : nullptr;
-    if (!mView)
-        mView = new KyWebViewPlaceholder(this);
-    static_cast<QBoxLayout*>(layout())->addWidget(mView, 1);
-    connect(mView, &KyWebView::pageChanged, this, &KyWebViewWidget::showPage);
-    connect(mView, &KyWebView::loadingChanged, this, &KyWebViewWidget::showLoading);
-    connect(mView, &KyWebView::closeWanted, this, &KyWebViewWidget::closeWanted);
-    if (!mAddress->isModified())
-        mView->setFocus();
-    if (!mFirst.isEmpty())
-        mView->load(mFirst);
-    showPage();
-}
-
-KyWebView& KyWebViewWidget::view()
-{
-    makeView();
-    return *mView;
-}
-
-QString KyWebViewWidget::title() const
-{
-    return mView ? mView->title() : QString();
-}
-
-void KyWebViewWidget::showEvent(QShowEvent* inEvent)
-{
-    QWidget::showEvent(inEvent);
-    needView();
+    KyWebView* view = runtime ? runtime->makeView(inProfile, inParent) : nullptr;
+    return view ? view : new KyWebViewPlaceholder(inParent);
 }
 
 QAction* KyWebViewWidget::addButton(const QString& inText, const char* inName, const QKeySequence& inKeys,
@@ -106,7 +57,7 @@ QAction* KyWebViewWidget::addButton(const QString& inText, const char* inName, c
     action->setShortcut(inKeys);
     action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     addAction(action);
-    connect(action, &QAction::triggered, this, [this, inDo] { (view().*inDo)(); });
+    connect(action, &QAction::triggered, mView, inDo);
     return action;
 }
 
@@ -128,27 +79,20 @@ bool KyWebViewWidget::open(const QString& inAddress)
     if (!url.isValid() || (needsHost && url.host().isEmpty()))
         return false;
     mAddress->setModified(false);
-    if (!mView && mFirst.isEmpty()) {
-        mFirst = url;
-        needView();
-        showPage();
-    } else {
-        view().load(url);
-    }
+    mView->load(url);
     return true;
 }
 
 /// The address that the user is writing stays.
 void KyWebViewWidget::showPage()
 {
-    mBack->setEnabled(mView && mView->canGoBack());
-    mForward->setEnabled(mView && mView->canGoForward());
-    const QUrl url = mView ? mView->url() : mFirst;
-    if (!mAddress->hasFocus() || !mAddress->isModified()) {
-        mAddress->setText(url == Blank ? QString() : url.toDisplayString());
-        mAddress->setCursorPosition(0);
-    }
-    Q_EMIT pageChanged();
+    mBack->setEnabled(mView->canGoBack());
+    mForward->setEnabled(mView->canGoForward());
+    const QUrl url = mView->url();
+    if (mAddress->hasFocus() && mAddress->isModified())
+        return;
+    mAddress->setText(url == QUrl(QStringLiteral("about:blank")) ? QString() : url.toDisplayString());
+    mAddress->setCursorPosition(0);
 }
 
 void KyWebViewWidget::showLoading(bool inIsLoading)

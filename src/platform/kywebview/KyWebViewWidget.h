@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QTimer>
 #include <QUrl>
 #include <QWidget>
 
@@ -26,36 +25,20 @@ public:
     /// Its version; empty without one.
     static QString runtimeVersion();
 
-    /// The page, which is made if there is none yet.
-    KyWebView& view();
-    /// What the page calls itself; empty while there is none, or it has no name.
-    QString title() const;
+    KyWebView& view() const { return *mView; }
 
     /// Goes to what a user or a script calls an address: a URL, the name of a host, or the path of a file.
     /// False, with nothing changed, when it is none.
     bool open(const QString& inAddress);
 
-Q_SIGNALS:
-    /// Address, title or history have changed.
-    void pageChanged();
-    /// The page wants to be closed.
-    void closeWanted();
-
-protected:
-    void showEvent(QShowEvent* inEvent) override;
-
 private:
-    void needView();
-    void makeView();
+    static KyWebView* makeView(const QString& inProfile, QWidget* inParent);
     QAction* addButton(const QString& inText, const char* inName, const QKeySequence& inKeys,
                        void (KyWebView::*inDo)());
     void showPage();
     void showLoading(bool inIsLoading);
 
-    const QString mProfile;
-    KyWebView* mView = nullptr;
-    QTimer mNeed;
-    QUrl mFirst; ///< Where the page goes once it is there.
+    KyWebView* const mView;
     QToolBar* const mBar;
     QLineEdit* const mAddress;
     QAction* mBack = nullptr;

@@ -19,7 +19,6 @@ private slots:
     void cleanup();
 
     void newWindowIsHiddenAndBlank();
-    void windowIsThereBeforeItsPage();
     void commandsAreFollowed_data();
     void commandsAreFollowed();
     void commandsThatCannotBeFollowedAreTold_data();
@@ -53,7 +52,6 @@ void tst_KyWebViewBrowser::init()
     mRegistry.emplace(nullptr);
     mRuntime.emplace();
     mBrowser.emplace(nullptr, "OrvaneBrowser.x");
-    mBrowser->page().view();
     mMessages.clear();
     mBrowser->setReceiver([this](const QString& message) { mMessages.append(message); });
 }
@@ -74,18 +72,6 @@ void tst_KyWebViewBrowser::newWindowIsHiddenAndBlank()
     QCOMPARE(mRuntime->profiles, QStringList("OrvaneBrowser.x"));
     QCOMPARE(mRuntime->last->calls, QStringList());
     QCOMPARE(mMessages, QStringList());
-}
-
-void tst_KyWebViewBrowser::windowIsThereBeforeItsPage()
-{
-    KyWebViewBrowser browser(nullptr, "OrvaneBrowser.y");
-    QStringList messages;
-    browser.setReceiver([&](const QString& message) { messages.append(message); });
-    browser.receiveCommand("URL http://host/;SHOW;ISHIDDEN");
-    QCOMPARE(messages, QStringList("ISHIDDEN 0"));
-    QCOMPARE(mRuntime->profiles, QStringList("OrvaneBrowser.x"));
-    QTRY_COMPARE(mRuntime->profiles, QStringList({"OrvaneBrowser.x", "OrvaneBrowser.y"}));
-    QCOMPARE(mRuntime->last->calls, QStringList("load http://host/"));
 }
 
 void tst_KyWebViewBrowser::commandsAreFollowed_data()
