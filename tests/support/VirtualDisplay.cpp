@@ -140,8 +140,13 @@ void VirtualDisplay::resize(const QString& inWindow, const QSize& inSize) const
 
 bool VirtualDisplay::activate(const QString& inWindow) const
 {
-    xdotool({"windowactivate", inWindow});
-    return QTest::qWaitFor([&] { return isActive(inWindow); }, sStepTime);
+    // Asked again, since a window manager that is still busy with the window passes over it.
+    return QTest::qWaitFor(
+        [&] {
+            xdotool({"windowactivate", inWindow});
+            return isActive(inWindow);
+        },
+        sStepTime);
 }
 
 bool VirtualDisplay::isActive(const QString& inWindow) const
