@@ -246,12 +246,14 @@ void tst_websocket_crowd::silentOnesAreEnded()
 
 void tst_websocket_crowd::everNewNamesDoNotGrow()
 {
-    text("for (var i = 0; i < 20000; ++i) WebSocketServer.registerSocket('warm' + i); collectGarbage()");
+    text("var long = 'x'.repeat(1000); // 2 KB of each name that is kept\n"
+         "for (var i = 0; i < 20000; ++i) WebSocketServer.registerSocket('warm' + long + i); "
+         "collectGarbage()");
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     const double before = usedMemory();
     for (int i = 0; i < 20; ++i) {
-        text(QString(
-                 "for (var i = 0; i < 1000; ++i) WebSocketServer.registerSocket('%1:' + i); collectGarbage()")
+        text(QString("for (var i = 0; i < 1000; ++i) WebSocketServer.registerSocket('%1:' + long + i); "
+                     "collectGarbage()")
                  .arg(i));
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }

@@ -232,6 +232,7 @@ void tst_KyScriptWebSocketServer::firstRegistrationStartsTheServer()
     QVERIFY(qtServer->isListening());
     QCOMPARE(qtServer->serverName(), serverName);
     QCOMPARE(qtServer->serverAddress(), QHostAddress(QHostAddress::Any));
+    QCOMPARE(qtServer->maxPendingConnections(), 1000);
     QCOMPARE(qtServer->secureMode(),
              scheme == "wss" ? QWebSocketServer::SecureMode : QWebSocketServer::NonSecureMode);
     const QString port = QString::number(qtServer->serverPort());
