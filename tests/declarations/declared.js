@@ -4,7 +4,7 @@
 //   types     name -> { file, isHost, members }: interfaces; isHost tells those of objects of the application
 //   members   name -> { kind, kinds, isReadonly, signatures }, inherited ones too; kind is property, method or signal
 //   offers    name of a type -> the texts among its members, which an editor offers
-//   library   names that the library of the language declares, such as "Array" and "Array.prototype.includes"
+//   builtins  names that the library of the language declares, such as "Array" and "Array.prototype.includes"
 //   examples  { file, line, name, code }
 //   gaps      what has no comment, or a class or function without an example
 //   errors    of the compiler
@@ -117,7 +117,7 @@ function readExamples(symbol, name, out) {
     }
 }
 
-const answer = { globals: {}, types: {}, offers: {}, library: [], examples: [], gaps: [], errors: [] };
+const answer = { globals: {}, types: {}, offers: {}, builtins: [], examples: [], gaps: [], errors: [] };
 
 function readInterface(symbol) {
     const type = checker.getDeclaredTypeOfSymbol(symbol);
@@ -168,17 +168,17 @@ function readGlobal(symbol) {
 
 function readLibrary(symbol) {
     const type = typeOf(symbol);
-    answer.library.push(symbol.name);
+    answer.builtins.push(symbol.name);
     if (!(symbol.flags & ts.SymbolFlags.Variable))
         return;
     const isOwn = (property) => !property.name.startsWith("__");
     for (const property of checker.getPropertiesOfType(type).filter(isOwn)) {
-        answer.library.push(`${symbol.name}.${property.name}`);
+        answer.builtins.push(`${symbol.name}.${property.name}`);
         if (property.name !== "prototype")
             continue;
         for (const inner of checker.getPropertiesOfType(typeOf(property)).filter(isOwn)) {
             if (!(inner.flags & ts.SymbolFlags.Optional))
-                answer.library.push(`${symbol.name}.prototype.${inner.name}`);
+                answer.builtins.push(`${symbol.name}.prototype.${inner.name}`);
         }
     }
 }
