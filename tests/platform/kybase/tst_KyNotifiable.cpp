@@ -8,6 +8,8 @@
 #include <functional>
 #include <stdexcept>
 
+Q_DECLARE_METATYPE(KyNotification)
+
 namespace {
 
 /// Notes the codes that it hears, and does something of the test's at each.
@@ -413,8 +415,6 @@ void tst_KyNotifiable::aReceiverIsNotAskedAgainAfterItsWishesWereTakenBack()
     QCOMPARE(receiver.heard, QList<int>{1});
     QCOMPARE(receiver.questions, 1);
 }
-
-Q_DECLARE_METATYPE(KyNotification)
 
 KY_TEST_MAIN(tst_KyNotifiable)
 #include "tst_KyNotifiable.moc"
