@@ -475,7 +475,8 @@ void tst_KyScriptSystem::sleepBelowOneReturnsAtOnce()
 {
     QFETCH(QString, time);
     bool served = false;
-    QTimer::singleShot(0, this, [&] { served = true; });
+    QObject scope;
+    QTimer::singleShot(0, &scope, [&] { served = true; });
     QCOMPARE(text("System.sleep(" + time + "); 'done'"), QStringLiteral("done"));
     QVERIFY(!served);
 }

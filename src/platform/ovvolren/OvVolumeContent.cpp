@@ -205,8 +205,9 @@ void OvVolumeContent::noteRange(const OvImageInfo& inImage, const OvPixels& inPi
 {
     if (inImage.isColour())
         return;
+    // The form with a list gives values; that with two arguments would refer to temporary ones.
     const auto [least, greatest] =
-        std::minmax(inImage.toValue(inPixels.least), inImage.toValue(inPixels.greatest));
+        std::minmax({inImage.toValue(inPixels.least), inImage.toValue(inPixels.greatest)});
     const std::scoped_lock lock(mMutex);
     mRange = mRange ? std::pair(std::min(mRange->first, least), std::max(mRange->second, greatest))
                     : std::pair(least, greatest);
