@@ -27,7 +27,9 @@ int OvPlane::count(const OvVolumeContent& inContent, int inAxis)
 {
     if (inAxis == AcrossImages)
         return inContent.count();
-    return inContent.geometry().isVolume() && inAxis >= 0 ? inContent.geometry().countAlong(inAxis) : 0;
+    return inContent.geometry().isVolume() && inAxis >= 0 && inAxis < 3
+               ? inContent.geometry().countAlong(inAxis)
+               : 0;
 }
 
 int OvPlane::axisFor(const OvVolumeContent& inContent, OvSlice::Orientation inOrientation)
